@@ -1,0 +1,24 @@
+# SPDX-License-Identifier: Apache-2.0
+# libswitchcfg: C++ without the C++ run-time. A C daemon that links it loads libc and zlib, nothing else.
+
+find_package(ZLIB REQUIRED)
+
+set_target_properties(switchcfg PROPERTIES
+    VERSION ${PROJECT_VERSION}
+    SOVERSION ${PROJECT_VERSION_MAJOR}
+    LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/libswitchcfg.map)
+target_link_libraries(switchcfg PRIVATE $<BUILD_INTERFACE:switchcfg-settings> PUBLIC switchcfg-headers)
+target_compile_options(switchcfg PRIVATE
+    $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-threadsafe-statics>
+    -fno-semantic-interposition
+    -fasynchronous-unwind-tables -ffunction-sections -fdata-sections)
+target_link_options(switchcfg PRIVATE
+    -Wl,--no-undefined -Wl,--gc-sections -Wl,--as-needed
+    -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/libswitchcfg.map)
+if(NOT SWITCHCFG_SANITIZE)
+    # Keeps libstdc++ out even by accident: a reference to it fails the link.
+    target_link_options(switchcfg PRIVATE -nodefaultlibs)
+    target_link_libraries(switchcfg PRIVATE ZLIB::ZLIB c gcc)
+else()
+    target_link_libraries(switchcfg PRIVATE ZLIB::ZLIB)
+endif()

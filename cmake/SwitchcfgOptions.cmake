@@ -1,0 +1,39 @@
+# SPDX-License-Identifier: Apache-2.0
+# What a builder can choose, and the compiler settings that hold for every target of ours.
+
+option(SWITCHCFG_BUILD_FUNCLIST "Build libswitchcfg-funclist (needs protobuf, ZeroMQ and Boost)" ON)
+option(SWITCHCFG_BUILD_TOOLS "Build switchcfg, the inspection and control command" ON)
+option(SWITCHCFG_BUILD_LAB "Build switchlab, the switch on a workstation" ON)
+option(SWITCHCFG_BUILD_TESTS "Build the tests (run through switchlab)" ${PROJECT_IS_TOP_LEVEL})
+option(SWITCHCFG_BUILD_BENCH "Build the benchmarks" ${PROJECT_IS_TOP_LEVEL})
+option(SWITCHCFG_WERROR "Treat warnings as errors" OFF)
+set(SWITCHCFG_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+    set(CMAKE_BUILD_TYPE RelWithDebInfo)
+endif()
+
+set(CMAKE_C_STANDARD 11)
+set(CMAKE_C_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_C_VISIBILITY_PRESET hidden)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+# The settings of our own code; a target takes them by linking switchcfg-settings privately.
+add_library(switchcfg-settings INTERFACE)
+target_compile_definitions(switchcfg-settings INTERFACE _GNU_SOURCE)
+target_include_directories(switchcfg-settings INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_options(switchcfg-settings INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wformat=2 -Wundef -Wvla
+    $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast -Wextra-semi>
+    $<$<BOOL:${SWITCHCFG_WERROR}>:-Werror>)
+if(SWITCHCFG_SANITIZE)
+    target_compile_options(switchcfg-settings INTERFACE
+        -fsanitize=${SWITCHCFG_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(switchcfg-settings INTERFACE -fsanitize=${SWITCHCFG_SANITIZE})
+endif()

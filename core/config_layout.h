@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: Apache-2.0
+// Every named field of the running and default configuration regions. The two have the same layout; a new region is all
+// zero bytes and zero is the "unset" value of every field. Words are in the processor's own byte order.
+//
+// The names are the ones that `switchcfg config` prints and takes.
+#ifndef SWITCHCFG_CORE_CONFIG_LAYOUT_H
+#define SWITCHCFG_CORE_CONFIG_LAYOUT_H
+
+#include "core/field.h"
+
+namespace switchcfg::config_layout {
+
+// Odd and unaligned on purpose: the files of all releases have this size, and mapping, sync and unmap use it as it is.
+inline constexpr std::uint32_t size = 21707629;
+
+inline constexpr Dimension per_unit_of_ports{8, 2132};
+inline constexpr Dimension per_port_record{52, 41};
+inline constexpr Dimension per_address{3, 17};
+inline constexpr Dimension per_sntp_key{3, 56};
+
+// clang-format off
+inline constexpr Field<std::uint8_t>  trap_enable{"trap.enable", 14281, "notification is sent, by trap identifier", {136, 1}};
+inline constexpr Field<Bytes<41>>     trap_port_enable{"trap.port_enable", 14417, "notifications that also need the port's leave, by unit and port", per_unit_of_ports, per_port_record};
+
+inline constexpr Field<std::uint8_t>  sntp_enable{"sntp.enable", 41788, "SNTP client runs"};
+inline constexpr Field<std::uint32_t> sntp_interval{"sntp.interval", 41789, "polling interval"};
+inline constexpr Field<Text<17>>      sntp_server_text{"sntp.server_text", 41793, "server as text, for old files", per_address};
+inline constexpr Field<Bytes<17>>     sntp_server{"sntp.server", 41844, "server: 16 address bytes and their length", per_address};
+inline constexpr Field<std::uint8_t>  sntp_auth_enable{"sntp.auth_enable", 41895, "answers must be authenticated"};
+inline constexpr Field<std::uint32_t> sntp_key_id{"sntp.key.id", 41896, "key identifier, 0 when the record is free", per_sntp_key};
+inline constexpr Field<Text<9>>       sntp_key_type{"sntp.key.type", 41900, "kind of key", per_sntp_key};
+inline constexpr Field<Text<9>>       sntp_key_value{"sntp.key.value", 41909, "the key", per_sntp_key};
+inline constexpr Field<Text<17>>      sntp_key_server_text{"sntp.key.server_text", 41918, "bound server as text, for old files", per_sntp_key};
+inline constexpr Field<Bytes<17>>     sntp_key_server{"sntp.key.server", 41935, "bound server: 16 address bytes and their length", per_sntp_key};
+inline constexpr Field<std::uint32_t> sntp_server_state{"sntp.server_state", 42064, "two words per server, cleared and moved with it", {3, 8}, {2, 4}};
+
+inline constexpr Field<std::int32_t>  utc_offset_minutes{"time.utc_offset_minutes", 10547940, "minutes ahead of UTC"};
+// clang-format on
+
+inline constexpr FieldInfo fields[] = {
+    trap_enable,
+    trap_port_enable,
+    sntp_enable,
+    sntp_interval,
+    sntp_server_text,
+    sntp_server,
+    sntp_auth_enable,
+    sntp_key_id,
+    sntp_key_type,
+    sntp_key_value,
+    sntp_key_server_text,
+    sntp_key_server,
+    sntp_server_state,
+    utc_offset_minutes,
+};
+
+} // namespace switchcfg::config_layout
+
+#endif
