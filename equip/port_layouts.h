@@ -137,6 +137,20 @@ constexpr const PortMap &port_map(Layout layout) noexcept
     return port_maps[static_cast<std::size_t>(layout)];
 }
 
+constexpr bool is_user_port(int port) noexcept
+{
+    return static_cast<unsigned>(port) < static_cast<unsigned>(user_port_limit);
+}
+
+// The chip port of any user port number: those that no board has count straight on, whatever they are.
+constexpr int chip_port_of(Layout layout, int user_port) noexcept
+{
+    if (is_user_port(user_port)) {
+        return port_map(layout).to_chip[static_cast<std::size_t>(user_port)];
+    }
+    return static_cast<int>(static_cast<unsigned>(user_port) + first_front_chip_port);
+}
+
 } // namespace switchcfg
 
 #endif
