@@ -30,7 +30,7 @@ void cfg_equip_unscramble_cable_pairs_tq5200(int unit, int port, int *results) n
     if (!is_unit(unit) || port < 0 || results == nullptr) {
         return;
     }
-    const int copper_ports = equipment_of(model_number(unit)).num_electrical_ports;
+    const int copper_ports = model_record(model_number(unit)).num_electrical_ports;
     if (port >= copper_ports) {
         return;
     }

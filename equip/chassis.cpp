@@ -8,17 +8,17 @@ using namespace switchcfg;
 
 int cfg_equip_get_max_num_units_tq5200() noexcept
 {
-    return static_cast<int>(load(status_base(), status_layout::max_unit_count));
+    return static_cast<int>(status_word(status_layout::max_unit_count));
 }
 
 int cfg_equip_get_max_num_ports_tq5200(int unit) noexcept
 {
-    return is_unit(unit) ? equipment_of(model_number(unit)).user_eth_ports : result::invalid_unit_or_port;
+    return is_unit(unit) ? model_record(model_number(unit)).user_eth_ports : result::invalid_unit_or_port;
 }
 
 int cfg_equip_get_is_standalone_tq5200() noexcept
 {
-    return load(status_base(), status_layout::stack_formed) == 0 ? 1 : 0;
+    return status_word(status_layout::stack_formed) == 0 ? 1 : 0;
 }
 
 int cfg_equip_check_egress_filter_valid_actions_tq5200(int /*unit*/, int action) noexcept

@@ -66,6 +66,6 @@ int cfg_equip_is_cos_wfq_through_rr_tq5200(int unit) noexcept
     if (!is_unit(unit)) {
         return 0;
     }
-    const int chipset = equipment_of(model_number(unit)).chipset;
+    const int chipset = model_record(model_number(unit)).chipset;
     return chipset == chipset_small || chipset == chipset_large ? 1 : 0;
 }

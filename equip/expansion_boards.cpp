@@ -8,8 +8,6 @@
 #include "equip/model_set.h"
 #include "equip/unit_words.h"
 
-#include <array>
-
 namespace switchcfg {
 namespace {
 
@@ -79,9 +77,6 @@ constexpr PerModel<Addresses> addresses{at(bad, bad), {
 constexpr ModelSet front_address_is_position_1 = "7 12 16 31-32 40 44 48 54-55 64-65 72-73";
 // clang-format on
 
-constexpr std::array<const char *, 4> board_names{
-    "2x10GBase-X (XFP)", "2xStacking", "2x10GBase-X (SFP+)", "2GX (100M, SGMII, 1000-X, 2500-X)"};
-
 } // namespace
 } // namespace switchcfg
 
@@ -103,10 +98,22 @@ int cfg_equip_get_exp_board_tq5200(int unit, int position) noexcept
 
 const char *cfg_equip_get_exp_board_name_tq5200(int board) noexcept
 {
-    if (board < 1 || board > 8) {
+    switch (board) {
+    case 1:
+    case 5:
+        return "2x10GBase-X (XFP)";
+    case 2:
+    case 6:
+        return "2xStacking";
+    case 3:
+    case 7:
+        return "2x10GBase-X (SFP+)";
+    case 4:
+    case 8:
+        return "2GX (100M, SGMII, 1000-X, 2500-X)";
+    default:
         return "Undefined";
     }
-    return board_names[static_cast<std::size_t>(board - 1) % board_names.size()]; // 5 to 8 are named as 1 to 4
 }
 
 const char *cfg_equip_get_exp_board_position_tq5200(int unit, int position) noexcept

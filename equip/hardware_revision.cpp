@@ -48,7 +48,7 @@ int cfg_equip_is_quali1_with_bcc_ech_5200(int unit) noexcept
     if (is_quali2(0) || !is_unit(unit)) { // unit 0 decides the qualification for the whole stack
         return 0;
     }
-    return load(status_base(), status_layout::hardware_bcc_ech, unit) != 0 ? 1 : 0;
+    return status_word(status_layout::hardware_bcc_ech, unit) != 0 ? 1 : 0;
 }
 
 int cfg_equip_has_ecc4bit_tq5200(int unit) noexcept

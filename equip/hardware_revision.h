@@ -7,6 +7,11 @@
 
 namespace switchcfg {
 
+inline std::int32_t hardware_version(int unit) noexcept
+{
+    return status_word(status_layout::hardware_version, unit);
+}
+
 // The second qualification of the boards changed parts.
 inline bool is_quali2(int unit) noexcept
 {

@@ -37,6 +37,9 @@ bool has_port(const Field<Bytes<32>> &field, int unit, int module_index, int por
 // numbering stands for the one behind the chip's own, and callers compare against it.
 int last_processor_port(int unit) noexcept
 {
+    if (status_base() == nullptr) {
+        return no_port;
+    }
     const auto bitmap = bytes(status_base(), status_layout::module_cpu_ports, unit, 0);
     for (int word = CFG_PBMP_WORDS - 1; word >= 0; --word) {
         const std::uint32_t bits = word_of(bitmap, word);
@@ -47,9 +50,9 @@ int last_processor_port(int unit) noexcept
     return no_port;
 }
 
-std::int32_t module_of(int unit, int module_index) noexcept
+[[gnu::always_inline]] inline std::int32_t module_of(int unit, int module_index) noexcept
 {
-    return load(status_base(), status_layout::module_id, unit, module_index);
+    return status_word(status_layout::module_id, unit, module_index);
 }
 
 struct ModulePlace {
@@ -64,7 +67,7 @@ ModulePlace find_module(int module) noexcept
             continue;
         }
         const int modules = std::min<int>(
-            load(status_base(), status_layout::unit_subunits, unit), static_cast<int>(status_layout::max_subunits));
+            status_word(status_layout::unit_subunits, unit), static_cast<int>(status_layout::max_subunits));
         for (int index = 0; index < modules; ++index) {
             if (module_of(unit, index) == module) {
                 return {unit, index};
@@ -74,7 +77,7 @@ ModulePlace find_module(int module) noexcept
     return {};
 }
 
-int to_local_user_port(int phys_port, int unit, int &user_port) noexcept
+[[gnu::always_inline]] inline int to_local_user_port(int phys_port, int unit, int &user_port) noexcept
 {
     const Layout layout = layout_of[model_number(unit)];
     if (static_cast<unsigned>(phys_port) < static_cast<unsigned>(chip_port_limit)) {
@@ -92,6 +95,16 @@ int to_local_user_port(int phys_port, int unit, int &user_port) noexcept
 
 int user_to_chip_port(int unit, int user_port, int &module, int &chip_port) noexcept
 {
+    // The front ports first: every port operation of the daemons comes through here.
+    if (is_unit(unit) && is_user_port(user_port)) [[likely]] {
+        const Layout layout = layout_of[model_number(unit)];
+        if (layout == Layout::none) {
+            return result::invalid_unit_or_port;
+        }
+        module = module_of(unit, 0);
+        chip_port = chip_port_of(layout, user_port);
+        return 0;
+    }
     if (user_port >= CFG_PORT_CHANNEL_FIRST && user_port <= CFG_PORT_CHANNEL_LAST) {
         module = unit; // callers pass port-channels through unlooked at, with whatever stands for their unit
         chip_port = user_port;
@@ -107,7 +120,7 @@ int user_to_chip_port(int unit, int user_port, int &module, int &chip_port) noex
     }
     const Layout layout = layout_of[model_number(unit)];
     // Only this group refuses ports: on the others callers reach chip ports that are not on the front panel.
-    if (layout == Layout::none || (layout == Layout::c48 && !is_user_port(user_port))) {
+    if (layout == Layout::none || layout == Layout::c48) {
         return result::invalid_unit_or_port;
     }
     module = module_of(unit, 0);
@@ -190,7 +203,7 @@ int cfg_equip_user_to_phys_pbmp_tq5200(int unit, const uint32_t *user_pbmp, cfg_
     *out = {};
     const std::int32_t model = model_number(unit);
     const Layout layout = layout_of[model];
-    const cfg_equip_record &record = equipment_of(model);
+    const cfg_equip_record &record = model_record(model);
     out->chips = std::min<std::int32_t>(record.local_units, CFG_EQUIP_PHYS_PBMP_CHIPS);
     for (int index = 0; index < out->chips; ++index) {
         out->chip[index].module = module_of(unit, index);

@@ -64,7 +64,7 @@ int port_type(int unit, int port) noexcept
         return result::invalid_parameter;
     }
     const std::int32_t model = expected_model_number(unit);
-    const cfg_equip_record &record = equipment_of(model);
+    const cfg_equip_record &record = model_record(model);
     if (port >= record.user_eth_ports && port < record.user_eth_ports + record.stack_ports) {
         return CFG_PORT_TYPE_STACKING;
     }
@@ -75,7 +75,7 @@ int port_type(int unit, int port) noexcept
     if (port >= kinds.combo_end) {
         return kinds.high;
     }
-    const bool plugged = load(status_base(), status_layout::transceiver_present, unit, port) != 0;
+    const bool plugged = status_word(status_layout::transceiver_present, unit, port) != 0;
     return plugged ? CFG_PORT_TYPE_FIBRE : CFG_PORT_TYPE_COPPER;
 }
 
@@ -110,12 +110,12 @@ bool is_combo_port(int unit, int port) noexcept
 template<typename Answer>
 int of_first_member(int port_channel, Answer answer) noexcept
 {
-    const std::uint8_t *config = running_config();
+    const std::uint8_t *config = config_base();
     for (int unit = 0; config != nullptr && unit < unit_count; ++unit) {
         if (!is_present(unit)) {
             continue;
         }
-        const int ports = equipment_of(model_number(unit)).user_eth_ports;
+        const int ports = model_record(model_number(unit)).user_eth_ports;
         for (int port = 0; port < ports; ++port) {
             if (load(config, config_layout::port_channel, unit, port) == port_channel) {
                 return answer(unit, port);

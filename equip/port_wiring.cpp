@@ -24,16 +24,21 @@ consteval std::uint64_t ports(std::initializer_list<int> list)
 constexpr std::uint64_t inverted_20 = ports({0, 2, 4, 6, 8, 12});
 constexpr std::uint64_t inverted_48 = ports({0, 2, 4, 6, 8, 12, 16, 18, 20, 22, 24, 26, 28, 30, 32, 34, 36, 38});
 
-// The copper boards that have two cages or a second group behind their combo ports start a second FPGA group there.
-// clang-format off
-constexpr std::uint64_t not_grouped = 0;
+// Copper boards begin an FPGA group at their first combo port, and those with more uplinks a second one behind the
+// combo ports.
+struct GroupStarts {
+    std::uint8_t first;
+    std::uint8_t second;
+};
+constexpr std::uint8_t none = 255;
 constexpr ModelSet one_group_20 = "6 8 29-30 33-34 47 49 52-53 56-57";
 constexpr ModelSet one_group_48 = "11 13 39 41 62-63 66-67 78";
-constexpr PerModel<std::uint64_t> first_of_group{not_grouped, {
-    {one_group_20,                     ports({20})},
-    {models::family_20 - one_group_20, ports({20, 24})},
-    {one_group_48,                     ports({44})},
-    {models::family_48 - one_group_48, ports({44, 48})},
+// clang-format off
+constexpr PerModel<GroupStarts> group_starts{{none, none}, {
+    {one_group_20,                     {20, none}},
+    {models::family_20 - one_group_20, {20, 24}},
+    {one_group_48,                     {44, none}},
+    {models::family_48 - one_group_48, {44, 48}},
 }};
 // clang-format on
 
@@ -64,11 +69,13 @@ int cfg_equip_is_txrx_inverted(int unit, int port) noexcept
 
 int cfg_equip_is_port_fpga_first_tq5200(int unit, int port, int fallback) noexcept
 {
-    const std::uint64_t firsts = is_unit(unit) && is_user_port(port) ? first_of_group[model_number(unit)] : not_grouped;
-    if (firsts == not_grouped) {
-        return fallback % 8 == 0 ? 1 : 0;
+    if (is_unit(unit) && is_user_port(port)) {
+        const GroupStarts starts = group_starts[model_number(unit)];
+        if (starts.first != none) {
+            return port == starts.first || port == starts.second ? 1 : 0;
+        }
     }
-    return static_cast<int>((firsts >> port) & 1U);
+    return fallback % 8 == 0 ? 1 : 0;
 }
 
 int cfg_equip_get_is_phy_xgxs16g_tq5200(int unit, int port) noexcept
@@ -96,7 +103,7 @@ int cfg_equip_port_to_fpga_tx_disable_bit_tq5200(int port, int *reg, int *mask) 
 
 int cfg_equip_tcv_port_to_fpga_i2c_mux_tq5200(int port, uint8_t *mux) noexcept
 {
-    if (port < 0 || port >= equipment_of(model_number(0)).user_eth_ports) {
+    if (port < 0 || port >= model_record(model_number(0)).user_eth_ports) {
         return result::invalid_unit_or_port;
     }
     if (mux == nullptr) {
@@ -128,7 +135,7 @@ int cfg_equip_xe_port_to_tx_disable_entry_tq5200(int port) noexcept
 
 int cfg_equip_fpga_port_to_port_tq5200(int unit, int port) noexcept
 {
-    if (!is_unit(unit) || port < 0 || port >= equipment_of(model_number(unit)).user_eth_ports) {
+    if (!is_unit(unit) || port < 0 || port >= model_record(model_number(unit)).user_eth_ports) {
         return result::invalid_unit_or_port;
     }
     return port;

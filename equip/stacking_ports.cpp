@@ -32,16 +32,16 @@ using namespace switchcfg;
 
 int cfg_equip_get_stacking_support_tq5200() noexcept
 {
-    return equipment_of(model_number(0)).stack_ports != 0 ? 2 : 0;
+    return stacking_support();
 }
 
 int cfg_equip_get_stack_port_num_tq5200(int unit, int *ports, int max) noexcept
 {
-    if (!is_unit(unit) || !is_known_to_stack(unit)) {
+    if (!is_unit(unit) || !unit_is_known(static_cast<unsigned>(unit))) {
         return result::invalid_unit_or_port;
     }
     const std::int32_t model = model_number(unit);
-    if (ports == nullptr || equipment_of(model).stack_ports > max) {
+    if (ports == nullptr || model_record(model).stack_ports > max) {
         return result::invalid_parameter;
     }
     if (first_stacking_port[model] == none) {
@@ -58,11 +58,11 @@ int cfg_equip_stack_port_to_id_tq5200(int unit, int port, int *id) noexcept
         return result::invalid_unit_or_port;
     }
     const std::int32_t model = model_number(unit);
-    const cfg_equip_record &record = equipment_of(model);
+    const cfg_equip_record &record = model_record(model);
     if (record.stack_ports == 0) {
         return result::unavailable;
     }
-    if (!is_known_to_stack(unit) || port < record.user_eth_ports ||
+    if (!unit_is_known(static_cast<unsigned>(unit)) || port < record.user_eth_ports ||
         port >= record.user_eth_ports + record.stack_ports) {
         return result::invalid_unit_or_port;
     }
@@ -85,11 +85,11 @@ int cfg_equip_stack_id_to_port_tq5200(int unit, int id, int *port) noexcept
         return result::invalid_unit_or_port;
     }
     const std::int32_t model = model_number(unit);
-    const int stack_ports = equipment_of(model).stack_ports;
+    const int stack_ports = model_record(model).stack_ports;
     if (stack_ports == 0) {
         return result::unavailable;
     }
-    if (!is_known_to_stack(unit)) {
+    if (!unit_is_known(static_cast<unsigned>(unit))) {
         return result::invalid_unit_or_port;
     }
     if (id < 1 || id > stack_ports || port == nullptr) {

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-// The words of a unit that its port numbering follows from. Callers check the unit first.
+// The words that port numbering follows from, for units that the caller has checked. All read 0 while the regions are
+// not mapped.
 #ifndef SWITCHCFG_EQUIP_UNIT_WORDS_H
 #define SWITCHCFG_EQUIP_UNIT_WORDS_H
 
 #include "core/config_layout.h"
 #include "core/config_region.h"
 #include "core/status_layout.h"
-#include "core/status_region.h"
-#include "equip/equipment_table.h"
 #include "equip/model_set.h"
+#include "equip/record.h"
 
 namespace switchcfg {
 
@@ -27,35 +27,29 @@ constexpr bool is_unit(int unit) noexcept
     return static_cast<unsigned>(unit) < static_cast<unsigned>(unit_count);
 }
 
+template<typename T, typename... Index>
+[[gnu::always_inline]] inline T status_word(const Field<T> &field, Index... index) noexcept
+{
+    const std::uint8_t *const region = status_base();
+    return region != nullptr ? load(region, field, index...) : T{};
+}
+
 inline bool is_present(int unit) noexcept
 {
-    return load(status_base(), status_layout::unit_present, unit) != 0;
-}
-
-// Present, or at least known to the stack by its first chip.
-inline bool is_known_to_stack(int unit) noexcept
-{
-    return is_present(unit) || load(status_base(), status_layout::subunit_mark, unit, 0) != 0;
-}
-
-inline std::int32_t hardware_version(int unit) noexcept
-{
-    return load(status_base(), status_layout::hardware_version, unit);
+    return unit_is_present(static_cast<unsigned>(unit));
 }
 
 inline std::int32_t model_number(int unit) noexcept
 {
-    return load(status_base(), status_layout::hardware_model, unit);
+    return unit_model(static_cast<unsigned>(unit));
 }
 
 // The model that is there or, before it is there, the one that the unit is configured as.
 inline std::int32_t expected_model_number(int unit) noexcept
 {
     const std::int32_t model = model_number(unit);
-    if (model != 0 || running_config() == nullptr) {
-        return model;
-    }
-    return load(running_config(), config_layout::unit_provisioned_model, unit);
+    const std::uint8_t *const config = config_base();
+    return model != 0 || config == nullptr ? model : load(config, config_layout::unit_provisioned_model, unit);
 }
 
 inline bool unit_is_one_of(int unit, const ModelSet &models) noexcept
