@@ -3,9 +3,9 @@
 #ifndef SWITCHCFG_TESTS_EQUIP_PORTS_FIXTURE_H
 #define SWITCHCFG_TESTS_EQUIP_PORTS_FIXTURE_H
 
+#include <switchcfg/config_region.h>
 #include <switchcfg/equip.h>
 #include <switchcfg/ports.h>
-#include <switchcfg/config_region.h>
 #include <switchcfg/status.h>
 
 #include "core/config_layout.h"
@@ -54,7 +54,10 @@ class PortsTest : public ::testing::Test {
     }
     static constexpr int module(int unit) { return 100 + 3 * unit; }
 
-    void plug(int unit, int port, bool in) { store(status, status_layout::transceiver_present, in ? 1 : 0, unit, port); }
+    void plug(int unit, int port, bool in)
+    {
+        store(status, status_layout::transceiver_present, in ? 1 : 0, unit, port);
+    }
 
     static void set_bits(std::span<std::uint8_t> bitmap, int first, int last)
     {
