@@ -2,17 +2,15 @@
 // The stored logs: fetched, cleared and saved by commands to the logging daemon.
 #include "util/owned.h"
 
+#include <switchcfg/error.h>
 #include <switchcfg/log.h>
 #include <switchcfg/log_store.h>
 #include <switchcfg/robust_io.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <fcntl.h>
 #include <memory>
-
-uint32_t Warning_times = 0;
 
 namespace {
 

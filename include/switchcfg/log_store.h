@@ -11,7 +11,8 @@
  * logger_get_sized(). One NUL that is not part of the text stands behind it, so that a caller who takes it for a C
  * string stays inside.
  *
- * Any thread may call; Warning_times is one word of the process.
+ * Any thread may call, except that a clear sets Warning_times (error.h), which belongs to the thread that runs CLI
+ * commands.
  */
 #ifndef SWITCHCFG_LOG_STORE_H
 #define SWITCHCFG_LOG_STORE_H
@@ -31,9 +32,6 @@ SWITCHCFG_BEGIN_DECLS
 #define LOG_STORE_INTERNAL_RAM "INTERNAL_RAM_FILE"
 #define LOG_STORE_FLASH "FLASH_FILE"
 #define LOG_STORE_INTERNAL_FLASH "INTERNAL_FLASH_FILE"
-
-/** Warnings counted by the process that owns the count; every store that is cleared sets it to 0. */
-extern SWITCHCFG_API uint32_t Warning_times;
 
 /**
  * Fetch the text of a destination.
