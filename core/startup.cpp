@@ -4,6 +4,7 @@
 #include "core/status_region.h"
 
 #include <switchcfg/config_region.h>
+#include <switchcfg/error.h>
 #include <switchcfg/files.h>
 #include <switchcfg/locks.h>
 #include <switchcfg/pm_client.h>
@@ -75,7 +76,7 @@ int cfg_init() noexcept
     create_locks();
     printExts_init();
     cfg_print_ip_init();
-    // (error table)
+    cfg_error_init();
     status_init();
     // (boot environment)
     pm_client_init(&process_manager);
