@@ -24,6 +24,10 @@ int main(int argc, char **argv)
     add_config_commands(app);
     add_lock_commands(app);
     add_error_command(app);
+    add_units_command(app);
+    add_status_commands(app);
+    add_equip_commands(app);
+    add_stack_commands(app);
 
     try {
         app.parse(argc, argv);
