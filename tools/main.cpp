@@ -28,6 +28,7 @@ int main(int argc, char **argv)
     add_status_commands(app);
     add_equip_commands(app);
     add_stack_commands(app);
+    add_ports_commands(app);
 
     try {
         app.parse(argc, argv);
