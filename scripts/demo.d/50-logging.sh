@@ -2,6 +2,7 @@
 # lab:
 . "$DEMO_LIB"
 
+senders=()
 start_loggerd() {
     rm -f /tmp/loggerd.ready
     mkfifo /tmp/loggerd.ready
@@ -40,7 +41,8 @@ say 'The same store asked for with the bytes of the command: code 7, then a word
 printf 'FLASH_FILE' >/tmp/name
 if [ "$(printf '\1\0' | od -An -d | tr -d ' ')" = 1 ]; then code='\7\0\0\0'; else code='\0\0\0\7'; fi
 { printf "$code"'\0\0\0\0'; cat /tmp/name; } >/tmp/record
-show switchcfg request 63003 --file /tmp/record --length 4688 --raw >/tmp/reply
+show switchcfg request 63003 --file /tmp/record --length 4688 | sed -n 1,4p
+switchcfg request 63003 --file /tmp/record --length 4688 --raw >/tmp/reply
 check 'the reply is as long as the request' same "$(stat -c %s /tmp/reply)" 4688
 length=$(od -An -j 4176 -N 4 -t u4 /tmp/reply | tr -d ' ')
 check 'and announces the text that follows' same "$length" "$(switchcfg log show flash | wc -c)"
