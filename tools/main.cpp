@@ -23,6 +23,8 @@ int main(int argc, char **argv)
     add_init_command(app);
     add_config_commands(app);
     add_lock_commands(app);
+    add_log_commands(app);
+    add_request_command(app);
     add_error_command(app);
     add_units_command(app);
     add_status_commands(app);
