@@ -3,6 +3,7 @@
 #include "tools/front_panel.h"
 
 #include <algorithm>
+#include <cstdarg>
 #include <cstdio>
 
 namespace switchcfg::tool {
@@ -80,11 +81,13 @@ std::string escaped(const std::string &text)
     return out;
 }
 
-template<typename... Value>
-void add(std::string &out, const char *format, Value... value)
+[[gnu::format(printf, 2, 3)]] void add(std::string &out, const char *format, ...)
 {
     char line[512];
-    std::snprintf(line, sizeof line, format, value...);
+    va_list values;
+    va_start(values, format);
+    std::vsnprintf(line, sizeof line, format, values);
+    va_end(values);
     out += line;
 }
 
