@@ -12,6 +12,9 @@ void add_init_command(CLI::App &app);
 void add_config_commands(CLI::App &app);
 void add_lock_commands(CLI::App &app);
 void add_error_command(CLI::App &app);
+void add_process_commands(CLI::App &app);
+void add_pm_commands(CLI::App &app);
+void add_address_commands(CLI::App &app);
 
 } // namespace switchcfg::tool
 
