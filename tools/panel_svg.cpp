@@ -3,12 +3,7 @@
 #include "tools/front_panel.h"
 
 #include <algorithm>
-<<<<<<< HEAD
-#include <cstdarg>
-#include <cstdio>
-=======
 #include <sstream>
->>>>>>> refs/heads/ports
 
 namespace switchcfg::tool {
 namespace {
@@ -85,17 +80,6 @@ std::string escaped(const std::string &text)
     return out;
 }
 
-<<<<<<< HEAD
-[[gnu::format(printf, 2, 3)]] void add(std::string &out, const char *format, ...)
-{
-    char line[512];
-    va_list values;
-    va_start(values, format);
-    std::vsnprintf(line, sizeof line, format, values);
-    va_end(values);
-    out += line;
-}
-=======
 // Writes elements; attributes are name="value" pairs in front of what they belong to.
 class Drawing {
   public:
@@ -118,7 +102,6 @@ class Drawing {
   private:
     std::ostringstream out_;
 };
->>>>>>> refs/heads/ports
 
 std::string tooltip(const PortFacts &port)
 {
