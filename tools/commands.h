@@ -11,9 +11,13 @@ namespace switchcfg::tool {
 void add_init_command(CLI::App &app);
 void add_config_commands(CLI::App &app);
 void add_lock_commands(CLI::App &app);
+void add_env_commands(CLI::App &app);
 void add_log_commands(CLI::App &app);
 void add_request_command(CLI::App &app);
 void add_error_command(CLI::App &app);
+void add_process_commands(CLI::App &app);
+void add_pm_commands(CLI::App &app);
+void add_address_commands(CLI::App &app);
 void add_units_command(CLI::App &app);
 void add_status_commands(CLI::App &app);
 void add_equip_commands(CLI::App &app);
