@@ -6,6 +6,7 @@ option(SWITCHCFG_BUILD_TOOLS "Build switchcfg, the inspection and control comman
 option(SWITCHCFG_BUILD_LAB "Build switchlab, the switch on a workstation" ON)
 option(SWITCHCFG_BUILD_TESTS "Build the tests (run through switchlab)" ${PROJECT_IS_TOP_LEVEL})
 option(SWITCHCFG_BUILD_BENCH "Build the benchmarks" ${PROJECT_IS_TOP_LEVEL})
+option(SWITCHCFG_BUILD_FUZZ "Build the fuzz programs (needs clang)" OFF)
 option(SWITCHCFG_WERROR "Treat warnings as errors" OFF)
 set(SWITCHCFG_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
 
