@@ -13,7 +13,6 @@
 #include <iostream>
 #include <map>
 #include <memory>
-#include <optional>
 #include <stdexcept>
 #include <switchcfg/config_region.h>
 #include <switchcfg/error.h>
@@ -142,8 +141,8 @@ void send(const TrapSender &sender, const Words &words)
 }
 
 struct PortChoice {
-    std::uint32_t unit;
-    std::uint32_t port;
+    std::uint32_t unit = 0;
+    std::uint32_t port = 0;
 };
 
 PortChoice port_of(const std::string &text)
@@ -163,14 +162,15 @@ void enable(const std::string &name, const std::string &port_text, bool enabled)
     attach();
     auto *config = static_cast<std::uint8_t *>(cfg_get_cfg());
     const auto value = static_cast<std::uint8_t>(enabled ? 1 : 0);
-    const std::optional<PortChoice> port = port_text.empty() ? std::nullopt : std::optional{port_of(port_text)};
+    const bool by_port = !port_text.empty();
+    const PortChoice port = by_port ? port_of(port_text) : PortChoice{};
     bool found = false;
     for (const TrapSender &sender : trap_senders()) {
         if (name != "all" && name != sender.name) {
             continue;
         }
         found = true;
-        if (!port) {
+        if (!by_port) {
             for (const int id : sender.ids) {
                 store(config, config_layout::trap_enable, value, id);
             }
@@ -182,11 +182,11 @@ void enable(const std::string &name, const std::string &port_text, bool enabled)
             }
             continue;
         }
-        bytes(config, config_layout::trap_port_enable, port->unit,
-            port->port)[static_cast<std::size_t>(sender.port_byte)] = value;
+        bytes(config, config_layout::trap_port_enable, port.unit,
+            port.port)[static_cast<std::size_t>(sender.port_byte)] = value;
         // The two link traps have one more flag in common, which also is the port's.
         if (enabled && sender.name.starts_with("link") && (sender.name == "linkUp" || sender.name == "linkDown")) {
-            store(config, config_layout::trap_link_enable, 1, port->unit, port->port);
+            store(config, config_layout::trap_link_enable, 1, port.unit, port.port);
         }
     }
     if (!found) {
