@@ -151,10 +151,14 @@ void note_trap(std::uint8_t *region, std::uint32_t id, std::string_view text) no
 
 int find(std::uint8_t *region, int count, std::uint32_t id, std::string_view text) noexcept
 {
+    // Traps of one kind differ in their last number more often than anywhere else.
+    const char last = text.empty() ? '\0' : text.back();
+    const std::size_t last_at = text.empty() ? 0 : text.size() - 1;
     for (int i = 0; i < count; ++i) {
         if (load(region, layout::trap_id, i) == id) {
             const char *queued = text_at(region, layout::trap_text, i);
-            if (std::memcmp(queued, text.data(), text.size()) == 0 && queued[text.size()] == '\0') {
+            if (queued[text.size()] == '\0' && queued[last_at] == last &&
+                std::memcmp(queued, text.data(), text.size()) == 0) {
                 return i;
             }
         }
