@@ -18,7 +18,7 @@ namespace {
 namespace layout = status_layout;
 
 constexpr int capacity = layout::trap_queue_length;
-constexpr std::uint32_t entry_size = layout::per_trap.stride;
+constexpr std::size_t entry_size = layout::per_trap.stride;
 
 enum class Move : std::uint32_t {
     to_back = 1, // a pending trap is raised again: it goes to the back
@@ -46,8 +46,8 @@ void copy_entry(std::uint8_t *region, int from, int to) noexcept
     std::size_t size = entry_size;
     asm("" : "+r"(size)); // a size the compiler knows becomes a string instruction, slower than the C library's copy
     const std::uint32_t first = layout::trap_id.offset;
-    std::memcpy(region + first + static_cast<std::uint32_t>(to) * entry_size,
-        region + first + static_cast<std::uint32_t>(from) * entry_size, size);
+    std::memcpy(region + first + static_cast<std::size_t>(to) * entry_size,
+        region + first + static_cast<std::size_t>(from) * entry_size, size);
 }
 
 void copy_text(char *place, std::string_view text) noexcept

@@ -226,7 +226,8 @@ void add_send(CLI::App &trap)
         auto *one = send_command->add_subcommand(sender.name, ids);
         auto words = std::make_shared<Words>(sender.arguments.size());
         for (std::size_t i = 0; i < sender.arguments.size(); ++i) {
-            one->add_option(sender.arguments[i] + ",--" + sender.arguments[i], (*words)[i], help_of(sender.types[i]))
+            one->add_option(sender.arguments[i] + ",--" + sender.arguments[i], (*words)[i])
+                ->type_name(help_of(sender.types[i]))
                 ->required();
         }
         one->callback([&sender, words] { send(sender, *words); });

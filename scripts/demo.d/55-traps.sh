@@ -28,6 +28,7 @@ switchlab-agent --once 2>/tmp/agent.log
 check 'the agent has taken it' same "$(switchcfg trap list)" ''
 if [ -n "$receiver" ]; then
     check 'the receiver prints it by name' wait_for 5 grep -q swLinkFlapDetectedEvent /tmp/received
+    check 'with its port' grep -q 'swPortNumber.5 = INTEGER: 5' /tmp/received
     grep swLinkFlapDetectedEvent /tmp/received | tr '\t' '\n'
 fi
 
