@@ -4,6 +4,7 @@
 #include "lab/device_folder.h"
 #include "lab/etc_folder.h"
 #include "lab/mounts.h"
+#include "lab/power_programs.h"
 #include "lab/refusal.h"
 
 #include <algorithm>
@@ -57,6 +58,7 @@ void mount_private_folders()
     for (const Folder &folder : skeleton) {
         make_folder(folder.path, folder.mode);
     }
+    replace_power_programs();
     if (::mount("proc", "/proc", "proc", MS_NOSUID | MS_NODEV | MS_NOEXEC, nullptr) != 0) {
         throw refusal("mount proc on", "/proc");
     }

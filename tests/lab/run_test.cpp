@@ -119,6 +119,16 @@ TEST(LabRun, StartsWithTheFoldersOfAnEmptySwitch)
                              "y\n 00 00 00\n1\n");
 }
 
+TEST(LabRun, ProgramsThatStopAMachineOnlyTakeNote)
+{
+    if (!fs::exists("/sbin/shutdown")) {
+        GTEST_SKIP() << "this machine has no /sbin/shutdown";
+    }
+    // Never the machine's own: first a look at what would run.
+    EXPECT_EQ(lab("grep -q power.log /sbin/shutdown && /sbin/shutdown -r now && cat /tmp/power.log").out,
+        "shutdown -r now\n");
+}
+
 TEST(LabRun, LoopbackIsUpAndNobodyElses)
 {
     for (const int family : {AF_INET, AF_INET6}) {
