@@ -20,6 +20,9 @@ install(FILES
     ${PROJECT_BINARY_DIR}/switchcfgConfigVersion.cmake
     DESTINATION ${package_dir})
 
+# The pkg-config files find their prefix from where they lie, so an installed tree can be moved.
+file(RELATIVE_PATH pc_prefix /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
+string(REGEX REPLACE "/$" "" pc_prefix "${pc_prefix}")
 configure_file(cmake/switchcfg.pc.in ${PROJECT_BINARY_DIR}/switchcfg.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/switchcfg.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 

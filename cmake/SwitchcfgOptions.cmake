@@ -35,6 +35,7 @@ target_compile_options(switchcfg-settings INTERFACE
     $<$<BOOL:${SWITCHCFG_WERROR}>:-Werror>)
 if(SWITCHCFG_SANITIZE)
     target_compile_options(switchcfg-settings INTERFACE
-        -fsanitize=${SWITCHCFG_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+        -fsanitize=${SWITCHCFG_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer
+        -Wno-maybe-uninitialized) # the instrumentation hides from the compiler what is set
     target_link_options(switchcfg-settings INTERFACE -fsanitize=${SWITCHCFG_SANITIZE})
 endif()

@@ -24,6 +24,7 @@ int main(int argc, char **argv)
     add_init_command(app);
     add_config_commands(app);
     add_lock_commands(app);
+    add_env_commands(app);
     add_log_commands(app);
     add_request_command(app);
     add_error_command(app);
