@@ -35,6 +35,11 @@ inline constexpr Field<Bytes<17>>     sntp_key_server{"sntp.key.server", 41935, 
 inline constexpr Field<std::uint32_t> sntp_server_state{"sntp.server_state", 42064, "two words per server, cleared and moved with it", {3, 8}, {2, 4}};
 
 inline constexpr Field<std::int32_t>  utc_offset_minutes{"time.utc_offset_minutes", 10547940, "minutes ahead of UTC"};
+
+// Free space that we use, in the last pages of the region: nothing else is known to lie near. Zero is the default.
+inline constexpr Field<std::int32_t>  unit_provisioned_model{"unit.provisioned_model", 21700608, "model number that a unit is configured as before it is there, 0 none", {8, 4}};
+inline constexpr Field<std::uint16_t> port_channel{"port.channel", 21700640, "port-channel that the port is a member of, 512 to 639, 0 none", {8, 104}, {52, 2}};
+inline constexpr Field<std::uint8_t>  port_disabled{"port.disabled", 21701472, "non-zero when the port is administratively down", {8, 52}, {52, 1}};
 // clang-format on
 
 inline constexpr FieldInfo fields[] = {
@@ -52,6 +57,9 @@ inline constexpr FieldInfo fields[] = {
     sntp_key_server,
     sntp_server_state,
     utc_offset_minutes,
+    unit_provisioned_model,
+    port_channel,
+    port_disabled,
 };
 
 } // namespace switchcfg::config_layout

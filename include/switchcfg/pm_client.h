@@ -1,0 +1,68 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/**
+ * @file pm_client.h
+ * Asking the process manager to start, stop and supervise the switch's processes, and signalling a process by name.
+ *
+ * Each request is one connection to the process manager on 127.0.0.1: the request record goes out, the same record with
+ * its result comes back, within PM_CLIENT_TIMEOUT_S seconds. The settings are written once at start-up (cfg_init() does
+ * so) and then only read; requests may be made from any thread.
+ */
+#ifndef SWITCHCFG_PM_CLIENT_H
+#define SWITCHCFG_PM_CLIENT_H
+
+#include <stdint.h>
+#include <switchcfg/export.h>
+
+SWITCHCFG_BEGIN_DECLS
+
+/** TCP port of the process manager. */
+#define PM_CLIENT_PORT 61032
+
+/** Longest wait for the process manager's reply, in seconds. */
+#define PM_CLIENT_TIMEOUT_S 10
+
+/** Bytes of the name field of a request: 31 characters and the terminator. */
+#define PM_NAME_SIZE 32
+
+/** A log function in the manner of vxlog(): syslog priority, printf-like format, arguments. */
+typedef void (*pm_client_logger)(int priority, const char *format, ...);
+
+/** What the client needs to know. */
+struct pm_client_settings {
+    uint16_t port;           /**< TCP port of the process manager; 0 for none, every request then fails */
+    pm_client_logger logger; /**< told of each pm_client_kill_proc(), at priority 4; may be null */
+};
+
+/** What a request asks for. */
+enum pm_command {
+    PM_START = 1,        /**< start the named process */
+    PM_STOP = 2,         /**< stop it, giving it time to end */
+    PM_KILL = 3,         /**< stop it at once */
+    PM_RESTART = 4,      /**< stop it and start it again */
+    PM_ENABLE = 5,       /**< allow it to run */
+    PM_DISABLE = 6,      /**< keep it from running */
+    PM_SET_ENABLING = 7, /**< enable or disable it as the value says */
+    PM_START_ALL = 8,    /**< start every enabled process; no name */
+    PM_SHOW_ALL = 9      /**< print the table of processes on the manager's side; no name */
+};
+
+/** Request and reply, sent whole in host byte order: 44 bytes. */
+struct pm_request {
+    uint32_t command;        /**< enum pm_command */
+    uint32_t value;          /**< argument of the command, 0 where it has none */
+    int32_t result;          /**< 0 in a request, filled in by the process manager in the reply */
+    char name[PM_NAME_SIZE]; /**< process, padded with NULs */
+};
+
+/**
+ * Store the settings; nothing connects. For the main thread at start-up.
+ * @param settings copied; null for none (every request then fails)
+ */
+SWITCHCFG_API void pm_client_init(const struct pm_client_settings *settings) SWITCHCFG_NOEXCEPT;
+
+/** Counterpart of pm_client_init(); there is nothing to release, and the settings stay. */
+SWITCHCFG_API void pm_client_finish(void) SWITCHCFG_NOEXCEPT;
+
+SWITCHCFG_END_DECLS
+
+#endif
