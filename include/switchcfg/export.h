@@ -11,11 +11,11 @@
 
 #if defined(__GNUC__)
 #    define SWITCHCFG_API __attribute__((visibility("default")))
-/** Lets the compiler check a printf-like call; `format` and `first` count arguments from 1. */
-#    define SWITCHCFG_PRINTF(format, first) __attribute__((format(printf, format, first)))
+/** Lets the compiler check a printf-like call; `text` and `first` are places in the argument list, from 1. */
+#    define SWITCHCFG_PRINTF(text, first) __attribute__((__format__(__printf__, text, first)))
 #else
 #    define SWITCHCFG_API
-#    define SWITCHCFG_PRINTF(format, first)
+#    define SWITCHCFG_PRINTF(text, first)
 #endif
 
 /* Functions of the library never throw. Those that run a callback of the caller's do not carry the mark. */
