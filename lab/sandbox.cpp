@@ -157,7 +157,8 @@ class FirstProcess {
     {
         signals_.restore_for_command();
         ::execvp(request_.command.front(), request_.command.data());
-        const int why = errno;
+        // A folder of PATH that may not be searched is no reason to call a missing command forbidden.
+        const int why = find_command(request_.command.front()).empty() ? ENOENT : errno;
         ::_exit(complain(std::string{request_.command.front()} + ": " + std::strerror(why),
             why == ENOENT ? exit_not_found : exit_not_executable));
     }

@@ -1,0 +1,249 @@
+// SPDX-License-Identifier: Apache-2.0
+// The tests run in a lab themselves, so every lab made here is one inside another.
+#include "lab/lab_runner.h"
+
+#include <arpa/inet.h>
+#include <csignal>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sstream>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace switchcfg::testing {
+namespace {
+
+namespace fs = std::filesystem;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+std::string read_file(const std::string &path)
+{
+    std::ostringstream text;
+    text << std::ifstream{path}.rdbuf();
+    return text.str();
+}
+
+void write_file(const std::string &path, const std::string &text)
+{
+    std::ofstream{path} << text;
+}
+
+// What has to be in front of a command so that it runs as a user without rights: nothing when this one has none either.
+// The program is copied to where such a user can reach it.
+struct PlainUser {
+    PlainUser()
+    {
+        unsigned inside = 0;
+        unsigned outside = 0;
+        unsigned long count = 0;
+        std::ifstream{"/proc/self/uid_map"} >> inside >> outside >> count;
+        if (count > 65534) {
+            prefix = {"setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"};
+        }
+        fs::create_directory("/tmp/user");
+        fs::copy_file(SWITCHLAB, "/tmp/user/switchlab");
+        fs::permissions("/tmp/user", fs::perms::all);
+    }
+    Outcome lab(const std::string &script) const
+    {
+        Words words = prefix;
+        words.insert(words.end(), {"/tmp/user/switchlab", "run", "--", "sh", "-c", script});
+        return run(words);
+    }
+    Words prefix;
+};
+
+TEST(LabRun, GivesTheExitStatusOfTheCommand)
+{
+    EXPECT_EQ(lab("exit 0").status, 0);
+    EXPECT_EQ(lab("exit 7").status, 7);
+    EXPECT_EQ(lab("kill -SEGV $$").status, 128 + SIGSEGV);
+    EXPECT_EQ(lab("sleep 1000 & exit 3").status, 3) << "what is left in the background ends with the lab";
+
+    const Outcome missing = run({SWITCHLAB, "run", "--", "no-such-command"});
+    EXPECT_EQ(missing.status, 127);
+    EXPECT_EQ(missing.output, "switchlab: no-such-command: No such file or directory\n");
+    const Outcome no_program = run({SWITCHLAB, "run", "--", "/etc/passwd"});
+    EXPECT_EQ(no_program.status, 126);
+    EXPECT_EQ(no_program.output, "switchlab: /etc/passwd: Permission denied\n");
+    for (const Words &wrong : {Words{SWITCHLAB, "run"}, Words{SWITCHLAB, "run", "--"}, Words{SWITCHLAB},
+             Words{SWITCHLAB, "run", "--nonsense", "--", "true"}}) {
+        EXPECT_EQ(run(wrong).status, 125);
+    }
+}
+
+TEST(LabRun, FoldersAreItsOwnAndLeaveNothingBehind)
+{
+    const std::string mounts = read_file("/proc/self/mountinfo");
+    for (const char *folder : {"/var/", "/tmp/", "/mnt/", "/dev/", "/dev/shm/"}) {
+        write_file(std::string{folder} + "outside", "");
+    }
+    write_file("/etc/ntp.keys", "outside\n");
+    const Outcome inside = lab("for f in /var /tmp /mnt /dev /dev/shm; do test -e $f/outside && echo $f is shared; "
+                               "touch $f/inside || exit 1; done; "
+                               "cat /etc/ntp.keys; echo inside > /etc/ntp.keys && rm /etc/hostname && echo x > "
+                               "/etc/fresh && cat /etc/ntp.keys; "
+                               "hostname inside");
+    EXPECT_EQ(inside.status, 0);
+    EXPECT_EQ(inside.output, "outside\ninside\n");
+    for (const char *folder : {"/var/", "/tmp/", "/mnt/", "/dev/", "/dev/shm/"}) {
+        EXPECT_FALSE(fs::exists(std::string{folder} + "inside")) << folder;
+    }
+    EXPECT_EQ(read_file("/etc/ntp.keys"), "outside\n");
+    EXPECT_TRUE(fs::exists("/etc/hostname"));
+    EXPECT_FALSE(fs::exists("/etc/fresh"));
+    EXPECT_EQ(read_file("/proc/self/mountinfo"), mounts);
+}
+
+TEST(LabRun, StartsWithTheFoldersOfAnEmptySwitch)
+{
+    const Outcome inside = lab("stat -c '%A %n' /tmp /var/run/cfg /var/log /var/lib /var/tmp /mnt/flash/log /dev/shm; "
+                               "ls -A /mnt/flash; "
+                               "for d in null zero full random urandom; do test -c /dev/$d || echo $d; done; "
+                               "echo x > /dev/null; echo y > /dev/stdout; head -c 3 /dev/zero | od -An -tx1; "
+                               "script -qec 'test -t 0 && tty' /dev/null | grep -c ^/dev/pts/0");
+    EXPECT_EQ(inside.output, "drwxrwxrwt /tmp\n"
+                             "drwxr-xr-x /var/run/cfg\n"
+                             "drwxr-xr-x /var/log\n"
+                             "drwxr-xr-x /var/lib\n"
+                             "drwxrwxrwt /var/tmp\n"
+                             "drwxr-xr-x /mnt/flash/log\n"
+                             "drwxrwxrwt /dev/shm\n"
+                             "log\n"
+                             "y\n 00 00 00\n1\n");
+}
+
+TEST(LabRun, LoopbackIsUpAndNobodyElses)
+{
+    for (const int family : {AF_INET, AF_INET6}) {
+        if (family == AF_INET6 && !fs::exists("/proc/net/if_inet6")) {
+            continue; // a kernel without IPv6
+        }
+        sockaddr_storage address{};
+        address.ss_family = static_cast<sa_family_t>(family);
+        ASSERT_EQ(::inet_pton(family, family == AF_INET ? "127.0.0.1" : "::1",
+                      family == AF_INET ? static_cast<void *>(&reinterpret_cast<sockaddr_in &>(address).sin_addr)
+                                        : static_cast<void *>(&reinterpret_cast<sockaddr_in6 &>(address).sin6_addr)),
+            1);
+        reinterpret_cast<sockaddr_in &>(address).sin_port = htons(63003);
+        auto *const where = reinterpret_cast<sockaddr *>(&address);
+        const int server = ::socket(family, SOCK_STREAM, 0);
+        ASSERT_EQ(::bind(server, where, sizeof address), 0);
+        ASSERT_EQ(::listen(server, 5), 0);
+        const int client = ::socket(family, SOCK_STREAM, 0);
+        EXPECT_EQ(::connect(client, where, sizeof address), 0);
+        ::close(client);
+        EXPECT_THAT(lab(std::string{"exec 2>&1; bash -c 'exec 3<>/dev/tcp/"} +
+                        (family == AF_INET ? "127.0.0.1" : "::1") + "/63003'")
+                        .output,
+            HasSubstr("Connection refused"));
+        ::close(server);
+    }
+}
+
+TEST(LabRun, ProcessesAreItsOwnAndOrphansAreReaped)
+{
+    EXPECT_EQ(lab("echo $$ /proc/[0-9]*").output, "2 /proc/1 /proc/2\n");
+    // The loop ends when the orphan's entry is gone; an unreaped one would stay.
+    EXPECT_EQ(lab("mkfifo /tmp/pid; (sh -c 'echo $$ > /tmp/pid' &); read orphan < /tmp/pid; "
+                  "while test -e /proc/$orphan; do :; done; echo gone")
+                  .output,
+        "gone\n");
+}
+
+TEST(LabRun, PassesSignalsOn)
+{
+    Program program{lab_words("trap 'echo caught; exit 5' TERM; sleep 1000 & echo up; wait")};
+    ASSERT_EQ(program.line(), "up");
+    ASSERT_EQ(program.send(SIGTERM), 0);
+    EXPECT_EQ(program.line(), "caught");
+    EXPECT_EQ(program.exit_status(), 5);
+}
+
+TEST(LabRun, EndsWithItsParentAndWhenKilled)
+{
+    // Every process of the lab holds the pipe, so the end of file proves that all are gone.
+    const std::string script = "sleep 1000 & setsid sleep 1000 & echo up; wait";
+    Program killed{lab_words(script)};
+    ASSERT_EQ(killed.line(), "up");
+    killed.send(SIGKILL);
+    EXPECT_EQ(killed.rest(), "");
+
+    Program parent{{"sh", "-c", SWITCHLAB " run -- sh -c '" + script + "'; true"}};
+    ASSERT_EQ(parent.line(), "up");
+    parent.send(SIGKILL);
+    EXPECT_EQ(parent.rest(), "");
+}
+
+TEST(LabRun, KeepsFoldersInTheirPlaces)
+{
+    fs::create_directories("/tmp/checkout/source");
+    fs::create_directories("/var/other");
+    fs::create_directory("/tmp/gone");
+    fs::create_directory_symlink("/tmp/checkout", "/mnt/link");
+    write_file("/tmp/checkout/source/file", "kept\n");
+    fs::create_symlink("/bin/sh", "/tmp/alone");
+
+    const Outcome kept = lab("cat /tmp/checkout/source/file; ls -d /tmp/checkout /tmp/gone /var/other 2> /dev/null; "
+                             "echo new > /tmp/checkout/new",
+        {"--keep", "/tmp/checkout/source", "--keep", "/tmp/checkout", "--keep", "/var/other/"});
+    EXPECT_EQ(kept.output, "kept\n/tmp/checkout\n/var/other\n");
+    EXPECT_EQ(read_file("/tmp/checkout/new"), "new\n");
+    EXPECT_EQ(lab("cat /mnt/link/new; ls /mnt", {"--keep", "/mnt/link"}).output, "new\nflash\nlink\n");
+
+    fs::current_path("/tmp/checkout/source");
+    EXPECT_EQ(lab("pwd; ls; cat ../new; ls -d /tmp/gone").output,
+        "/tmp/checkout/source\nfile\ncat: ../new: No such file or directory\n"
+        "ls: cannot access '/tmp/gone': No such file or directory\n")
+        << "the current folder, and only it, is kept without asking";
+    fs::current_path("/tmp");
+    EXPECT_EQ(lab("pwd; ls -d checkout").output, "/tmp\nls: cannot access 'checkout': No such file or directory\n")
+        << "a private folder stays private even when it is the current one";
+    EXPECT_EQ(run({SWITCHLAB, "run", "--", "./alone", "-c", "ls -d alone gone 2> /dev/null"}).output, "alone\n");
+
+    for (const char *wrong : {"/tmp", "/", "/var/run", "/mnt/flash/../../tmp"}) {
+        const Outcome refused = lab("true", {"--keep", wrong});
+        EXPECT_EQ(refused.status, 125);
+        EXPECT_THAT(refused.output, StartsWith(std::string{"switchlab: --keep "} + wrong + ": Invalid argument; "));
+    }
+    EXPECT_EQ(lab("true", {"--keep", "/tmp/absent"}).output,
+        "switchlab: --keep /tmp/absent: No such file or directory; name a folder that exists\n");
+}
+
+TEST(LabRun, ServesAUserWithoutRights)
+{
+    const PlainUser user;
+    const Outcome inside =
+        user.lab("id -u; touch /var/x /tmp/x /mnt/x /dev/x /etc/x && echo >> /etc/passwd && echo written; "
+                 "rm /etc/group; ls /etc/group; echo $$; ip link show lo 2>&1 | grep -c LOOPBACK,UP");
+    EXPECT_EQ(inside.output, "0\nwritten\nls: cannot access '/etc/group': No such file or directory\n2\n1\n");
+    EXPECT_TRUE(fs::exists("/etc/group"));
+    EXPECT_FALSE(fs::exists("/etc/x"));
+}
+
+TEST(LabRun, WorksInsideItself)
+{
+    // Deep enough that overlayfs refuses to be stacked any further.
+    const std::string nest = std::string{SWITCHLAB} + " run -- ";
+    const Outcome deep =
+        lab(nest + nest + nest + "sh -c 'echo deep > /etc/deep; cat /etc/deep; test -s /etc/passwd; echo $?'");
+    EXPECT_EQ(deep.output, "deep\n0\n");
+}
+
+TEST(LabRun, SaysWhatTheKernelRefused)
+{
+    const PlainUser user;
+    const Outcome refused = user.lab("echo 0 > /proc/sys/user/max_net_namespaces; /tmp/user/switchlab run -- true");
+    EXPECT_EQ(refused.status, 125);
+    EXPECT_EQ(refused.output, "switchlab: clone new mount, network and process namespaces: No space left on device; "
+                              "a limit on namespaces is reached: raise the sysctls user.max_*_namespaces\n");
+}
+
+} // namespace
+} // namespace switchcfg::testing
