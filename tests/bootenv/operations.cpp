@@ -1,0 +1,176 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "bootenv/operations.h"
+
+#include <cstdarg>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <map>
+#include <mtd/mtd-user.h>
+#include <optional>
+#include <string_view>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace switchcfg::testing {
+namespace {
+
+struct Watch {
+    std::vector<Operation> seen;
+    std::map<int, std::string> descriptors;
+    std::optional<Cut> cut;
+};
+std::optional<Watch> watch;
+
+bool is_watched(std::string_view path)
+{
+    return path == "/dev/flash_env" || path.starts_with("/mnt/flash/");
+}
+
+bool is_watched(int fd)
+{
+    return watch && watch->descriptors.contains(fd);
+}
+
+void note(const std::string &name, std::size_t bytes = 0)
+{
+    watch->seen.push_back({name, bytes});
+    if (watch->cut && watch->cut->after + 1 == watch->seen.size()) {
+        ::_exit(cut_status);
+    }
+}
+
+template<typename Function>
+Function *real(const char *name)
+{
+    return reinterpret_cast<Function *>(::dlsym(RTLD_NEXT, name));
+}
+
+int watched_open(const char *name, const char *path, int flags, mode_t mode)
+{
+    const int fd = real<int(const char *, int, ...)>(name)(path, flags, mode);
+    if (watch && fd >= 0 && is_watched(path)) {
+        watch->descriptors[fd] = path;
+        note("open " + std::string{path});
+    }
+    return fd;
+}
+
+} // namespace
+
+void watch_operations()
+{
+    watch.emplace();
+}
+
+void watch_operations(Cut cut)
+{
+    watch.emplace().cut = cut;
+}
+
+std::vector<Operation> stop_watching()
+{
+    std::vector<Operation> seen = std::move(watch->seen);
+    watch.reset();
+    return seen;
+}
+
+} // namespace switchcfg::testing
+
+using namespace switchcfg::testing;
+
+// NOLINTBEGIN(cert-dcl50-cpp): they have the forms of the functions they stand for
+extern "C" {
+
+int open(const char *path, int flags, ...)
+{
+    va_list rest;
+    va_start(rest, flags);
+    const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(rest, mode_t) : 0;
+    va_end(rest);
+    return watched_open("open", path, flags, mode);
+}
+
+int open64(const char *path, int flags, ...)
+{
+    va_list rest;
+    va_start(rest, flags);
+    const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(rest, mode_t) : 0;
+    va_end(rest);
+    return watched_open("open64", path, flags, mode);
+}
+
+int ioctl(int fd, unsigned long request, ...) noexcept
+{
+    va_list rest;
+    va_start(rest, request);
+    void *const argument = va_arg(rest, void *);
+    va_end(rest);
+    const int result = real<int(int, unsigned long, ...)>("ioctl")(fd, request, argument);
+    if (is_watched(fd)) {
+        note((request == MEMERASE ? "erase a block of " : "geometry of ") + watch->descriptors[fd]);
+    }
+    return result;
+}
+
+ssize_t write(int fd, const void *buffer, size_t length)
+{
+    if (!is_watched(fd)) {
+        return real<ssize_t(int, const void *, size_t)>("write")(fd, buffer, length);
+    }
+    const bool is_last = watch->cut && watch->cut->after == watch->seen.size();
+    const size_t now = is_last && watch->cut->bytes < length ? watch->cut->bytes : length;
+    const ssize_t result = now == 0 ? 0 : real<ssize_t(int, const void *, size_t)>("write")(fd, buffer, now);
+    note("write " + watch->descriptors[fd], length);
+    return result;
+}
+
+ssize_t read(int fd, void *buffer, size_t length)
+{
+    const ssize_t result = real<ssize_t(int, void *, size_t)>("read")(fd, buffer, length);
+    if (is_watched(fd)) {
+        note("read " + watch->descriptors[fd]);
+    }
+    return result;
+}
+
+int fsync(int fd)
+{
+    const int result = real<int(int)>("fsync")(fd);
+    if (is_watched(fd)) {
+        note("sync " + watch->descriptors[fd]);
+    }
+    return result;
+}
+
+int close(int fd)
+{
+    const bool watched = is_watched(fd);
+    const std::string path = watched ? watch->descriptors[fd] : "";
+    const int result = real<int(int)>("close")(fd);
+    if (watched) {
+        watch->descriptors.erase(fd);
+        note("close " + path);
+    }
+    return result;
+}
+
+int rename(const char *from, const char *to) noexcept
+{
+    const int result = real<int(const char *, const char *)>("rename")(from, to);
+    if (watch && is_watched(to)) {
+        note("rename to " + std::string{to});
+    }
+    return result;
+}
+
+int mkdir(const char *path, mode_t mode) noexcept
+{
+    const int result = real<int(const char *, mode_t)>("mkdir")(path, mode);
+    if (watch && is_watched(path)) {
+        note("make " + std::string{path});
+    }
+    return result;
+}
+}
+// NOLINTEND(cert-dcl50-cpp)
