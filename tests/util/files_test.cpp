@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <switchcfg/files.h>
+
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <string>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+constexpr char path[] = "/tmp/file_of_this_test";
+
+std::string content()
+{
+    std::ifstream in{path};
+    return {std::istreambuf_iterator<char>{in}, {}};
+}
+
+TEST(Files, WrittenFileHasExactlyTheBuffer)
+{
+    ::umask(022);
+    EXPECT_EQ(file_exists(path), 0);
+    EXPECT_EQ(file_size(path), -1);
+    EXPECT_EQ(errno, ENOENT);
+    ASSERT_EQ(file_write(path, "a longer text", 13), 0);
+    EXPECT_EQ(file_exists(path), 1);
+    EXPECT_EQ(file_size(path), 13);
+    struct stat info {};
+    ASSERT_EQ(::stat(path, &info), 0);
+    EXPECT_EQ(info.st_mode & 07777, 0644U);
+    ASSERT_EQ(file_write(path, "short", 5), 0);
+    EXPECT_EQ(content(), "short");
+    const int fd = ::open(path, O_RDONLY);
+    EXPECT_EQ(fd_size(fd), 5);
+    EXPECT_EQ(file_write(path, nullptr, 0), 0);
+    EXPECT_EQ(fd_size(fd), 0);
+    ::close(fd);
+    EXPECT_EQ(fd_size(fd), -1);
+}
+
+TEST(Files, FailedWritesAreReported)
+{
+    EXPECT_EQ(file_write("/tmp/no/such/folder", "x", 1), -1);
+    EXPECT_EQ(errno, ENOENT);
+    EXPECT_EQ(file_write("/tmp", "x", 1), -1);
+    EXPECT_EQ(errno, EISDIR);
+    EXPECT_EQ(file_write("/dev/full", "x", 1), -1);
+    EXPECT_EQ(errno, ENOSPC);
+    // A limit stands for a full disk: the first part fits, the rest does not.
+    ::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{4, RLIM_INFINITY};
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+    EXPECT_EQ(file_write(path, "12345678", 8), -1);
+    EXPECT_EQ(errno, EFBIG);
+}
+
+TEST(Files, NullPathsFail)
+{
+    errno = 0;
+    EXPECT_EQ(file_exists(nullptr), 0);
+    EXPECT_EQ(file_size(nullptr), -1);
+    EXPECT_EQ(file_write(nullptr, "x", 1), -1);
+    EXPECT_EQ(dir_iterate(
+                  nullptr, [](const char *, void *) { return 1; }, nullptr),
+        -1);
+    EXPECT_EQ(errno, EFAULT);
+}
+
+TEST(Files, LinksAreFollowedAndLargeSizesAreWhole)
+{
+    constexpr std::int64_t large = (std::int64_t{3} << 30) + 1;
+    const int fd = ::open(path, O_RDWR | O_CREAT, 0600);
+    ASSERT_EQ(::ftruncate(fd, large), 0);
+    EXPECT_EQ(fd_size(fd), large);
+    ASSERT_EQ(::symlink(path, "/tmp/link_of_this_test"), 0);
+    EXPECT_EQ(file_size("/tmp/link_of_this_test"), large);
+    ::close(fd);
+    ::unlink(path);
+    EXPECT_EQ(file_exists("/tmp/link_of_this_test"), 0);
+    EXPECT_EQ(file_exists("/tmp"), 1);
+}
+
+TEST(Files, WalkVisitsEachEntryAndStopsWhenTold)
+{
+    ASSERT_EQ(::mkdir("/tmp/walk", 0700), 0);
+    for (const char *const name : {"/tmp/walk/a", "/tmp/walk/b", "/tmp/walk/.hidden"}) {
+        ASSERT_EQ(file_write(name, nullptr, 0), 0);
+    }
+    std::vector<std::string> seen;
+    const auto note = [](const char *name, void *list) {
+        static_cast<std::vector<std::string> *>(list)->emplace_back(name);
+        errno = EIO; // what a callback leaves behind is not the walk's failure
+        return 0;
+    };
+    EXPECT_EQ(dir_iterate("/tmp/walk", note, &seen), 0);
+    EXPECT_THAT(seen, ::testing::UnorderedElementsAre(".", "..", "a", "b", ".hidden"));
+
+    int calls = 0;
+    const auto stop = [](const char *, void *count) { return ++*static_cast<int *>(count) == 2 ? -7 : 0; };
+    EXPECT_EQ(dir_iterate("/tmp/walk", stop, &calls), -7);
+    EXPECT_EQ(calls, 2);
+    EXPECT_EQ(dir_iterate("/tmp/walk/a", note, &seen), -1);
+    EXPECT_EQ(errno, ENOTDIR);
+    EXPECT_EQ(dir_iterate("/tmp/walk/none", note, &seen), -1);
+    EXPECT_EQ(errno, ENOENT);
+}
+
+} // namespace
