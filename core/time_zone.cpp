@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "core/config_region.h"
+
+#include <switchcfg/startup.h>
+#include <switchcfg/text.h>
+
+#include <cstdio>
+#include <ctime>
+
+void updateTZ() noexcept
+{
+    using namespace switchcfg;
+    if (running_config == nullptr) {
+        return;
+    }
+    // POSIX counts zones west of Greenwich. Widened first, so that no stored word overflows; hours and minutes carry
+    // the same sign, which the C library reads as the sign of the whole.
+    const std::int64_t west = -std::int64_t{load(running_config, config_layout::utc_offset_minutes)};
+    char zone[32];
+    (void)std::snprintf(zone, sizeof zone, "STD%d:%d", static_cast<int>(west / 60), static_cast<int>(west % 60));
+    vx_setenv("TZ", "%s", zone);
+    ::tzset();
+}

@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: Apache-2.0
+// The families of sub-commands. Each adds its own to the application; what a sub-command does runs in its callback and
+// throws Failure when it cannot be done.
+#ifndef SWITCHCFG_TOOLS_COMMANDS_H
+#define SWITCHCFG_TOOLS_COMMANDS_H
+
+#include <CLI/CLI.hpp>
+
+namespace switchcfg::tool {
+
+void add_init_command(CLI::App &app);
+void add_config_commands(CLI::App &app);
+void add_lock_commands(CLI::App &app);
+
+} // namespace switchcfg::tool
+
+#endif

@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: Apache-2.0
+// switchcfg: what a process of the switch sees, and how to change it.
+#include "tools/commands.h"
+#include "tools/failure.h"
+#include "tools/output.h"
+
+#include <exception>
+#include <iostream>
+
+int main(int argc, char **argv)
+{
+    using namespace switchcfg::tool;
+
+    CLI::App app{"Inspect and drive the switch: what a process that links libswitchcfg sees.", "switchcfg"};
+    app.require_subcommand(1);
+    app.fallthrough();
+    app.footer("Exit status: 0 done, 1 could not be done, 2 wrong usage.\n"
+               "Without a switch, run it in a lab: switchlab run -- switchcfg ...");
+    app.add_flag_callback(
+           "--json", [] { want_json(true); }, "Print data as JSON")
+        ->trigger_on_parse();
+
+    add_init_command(app);
+    add_config_commands(app);
+    add_lock_commands(app);
+
+    try {
+        app.parse(argc, argv);
+        return 0;
+    } catch (const CLI::Success &request) {
+        return app.exit(request);
+    } catch (const CLI::ParseError &wrong) {
+        std::cerr << "switchcfg: " << wrong.what() << '\n';
+        return 2;
+    } catch (const CommandStatus &command) {
+        return command.status;
+    } catch (const std::exception &failure) {
+        std::cerr << "switchcfg: " << failure.what() << '\n';
+        return 1;
+    }
+}
