@@ -40,6 +40,7 @@ inline constexpr Field<std::int32_t>  utc_offset_minutes{"time.utc_offset_minute
 inline constexpr Field<std::int32_t>  unit_provisioned_model{"unit.provisioned_model", 21700608, "model number that a unit is configured as before it is there, 0 none", {8, 4}};
 inline constexpr Field<std::uint16_t> port_channel{"port.channel", 21700640, "port-channel that the port is a member of, 512 to 639, 0 none", {8, 104}, {52, 2}};
 inline constexpr Field<std::uint8_t>  port_disabled{"port.disabled", 21701472, "non-zero when the port is administratively down", {8, 52}, {52, 1}};
+inline constexpr Field<std::int32_t>  stack_failover{"stack.failover", 21701888, "non-zero when the boards of the stack run in fail-over mode"};
 // clang-format on
 
 inline constexpr FieldInfo fields[] = {
@@ -60,6 +61,7 @@ inline constexpr FieldInfo fields[] = {
     unit_provisioned_model,
     port_channel,
     port_disabled,
+    stack_failover,
 };
 
 } // namespace switchcfg::config_layout

@@ -110,7 +110,7 @@ bool is_combo_port(int unit, int port) noexcept
 template<typename Answer>
 int of_first_member(int port_channel, Answer answer) noexcept
 {
-    const std::uint8_t *config = config_base();
+    const std::uint8_t *const config = running_config;
     for (int unit = 0; config != nullptr && unit < unit_count; ++unit) {
         if (!is_present(unit)) {
             continue;

@@ -48,7 +48,7 @@ inline std::int32_t model_number(int unit) noexcept
 inline std::int32_t expected_model_number(int unit) noexcept
 {
     const std::int32_t model = model_number(unit);
-    const std::uint8_t *const config = config_base();
+    const std::uint8_t *const config = running_config;
     return model != 0 || config == nullptr ? model : load(config, config_layout::unit_provisioned_model, unit);
 }
 

@@ -291,8 +291,8 @@ SWITCHCFG_API int cfg_equip_get_number_of_user_interfaces(
 /** @return 1 when every present unit that is not a fabric card supports VLAN class identifiers, else 0 */
 SWITCHCFG_API int cfg_equip_system_is_class_id_supported(void) SWITCHCFG_NOEXCEPT;
 
-/** @return 1 when chip port `phys_port` of the module `unit` leads to the processor, else 0 */
-SWITCHCFG_API int cfg_equip_is_cpu_phys_port(int unit, int phys_port) SWITCHCFG_NOEXCEPT;
+/** @return 1 when port `phys_port` of the unit's switch chip leads to the processor, else 0, also for a bad unit */
+SWITCHCFG_API int cfg_equip_is_cpu_phys_port(uint32_t unit, int phys_port) SWITCHCFG_NOEXCEPT;
 
 /** @return cfg_unit_mode_control_check_if_board_mode_is_failover() */
 SWITCHCFG_API int cfg_equip_is_failover_supported(void) SWITCHCFG_NOEXCEPT;

@@ -5,7 +5,7 @@
 
 #include <switchcfg/equip.h>
 #include <switchcfg/ports.h>
-#include <switchcfg/regions.h>
+#include <switchcfg/config_region.h>
 #include <switchcfg/status.h>
 
 #include "core/config_layout.h"
