@@ -1,0 +1,162 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <switchcfg/error.h>
+
+#include <climits>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <string>
+
+namespace {
+
+class ErrorChannel : public testing::Test {
+  protected:
+    void SetUp() override { cfg_set_error_msg_enable(1); }
+};
+
+TEST(ErrorChannelAtStart, IsOffAndEmpty)
+{
+    EXPECT_EQ(cfg_error_set_msg("unit %d", 3), 0);
+    EXPECT_STREQ(cfg_error_get_msg(), "");
+    EXPECT_EQ(cfg_error_get_msg(), cfg_error_msg);
+}
+
+TEST_F(ErrorChannel, KeepsTheLastMessageCutToItsSize)
+{
+    EXPECT_EQ(cfg_error_set_msg("port %d/%d: %s", 1, 5, "down"), 0);
+    EXPECT_STREQ(cfg_error_msg, "port 1/5: down");
+    const std::string longest(sizeof cfg_error_msg - 1, 'x');
+    EXPECT_EQ(cfg_error_set_msg("%sy", longest.c_str()), 0);
+    EXPECT_EQ(cfg_error_get_msg(), longest);
+}
+
+TEST_F(ErrorChannel, SwitchingOffClearsOnceOnly)
+{
+    cfg_error_set_msg("one");
+    cfg_set_error_msg_enable(0);
+    EXPECT_STREQ(cfg_error_get_msg(), "");
+    cfg_error_set_msg("two");
+    EXPECT_STREQ(cfg_error_get_msg(), "");
+
+    std::strcpy(cfg_error_msg, "x"); // somebody writes the buffer itself
+    cfg_set_error_msg_enable(0);
+    EXPECT_STREQ(cfg_error_get_msg(), "x") << "off already: left as it is";
+}
+
+class WarningChannel : public testing::Test {
+  protected:
+    void SetUp() override { cfg_set_warning_msg_enable(1); }
+    void TearDown() override { cfg_set_warning_msg_enable(0); }
+};
+
+TEST(WarningChannelAtStart, IsOffAndEmpty)
+{
+    EXPECT_EQ(cfg_warning_set_msg("unheard"), 0);
+    EXPECT_EQ(cfg_warning_get_msg(), nullptr);
+    EXPECT_EQ(Warning_times, 0);
+}
+
+TEST_F(WarningChannel, FoldsRepeatsAndNeverForgetsTheCount)
+{
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(cfg_warning_set_msg("VLAN %d is empty", 7), 0);
+    }
+    EXPECT_EQ(Warning_times, 2);
+    cfg_warning_set_msg("port down");
+    const std::string so_far = "VLAN 7 is empty\nLast message repeated 2 times\nport down\n";
+    const std::string repeated = "Last message repeated 2 times\n";
+    EXPECT_EQ(cfg_warning_get_msg(), so_far + repeated);
+    EXPECT_EQ(cfg_warning_get_msg(), so_far + repeated + repeated);
+
+    cfg_warning_set_msg("port down"); // what was printed in between does not make it a different warning
+    EXPECT_EQ(Warning_times, 3);
+    cfg_warning_set_msg("port up");
+    EXPECT_EQ(cfg_warning_get_msg(),
+        so_far + repeated + repeated + "Last message repeated 3 times\nport up\n" + "Last message repeated 3 times\n");
+}
+
+TEST_F(WarningChannel, OnlyAnEqualNeighbourIsARepeat)
+{
+    const char *const different[] = {"link", "link down", "link", "down", "wn", "a\nb", "b", ""};
+    std::string expected;
+    for (const char *warning : different) {
+        cfg_warning_set_msg("%s", warning);
+        expected += std::string{warning} + '\n';
+    }
+    EXPECT_EQ(Warning_times, 0);
+    EXPECT_EQ(cfg_warning_get_msg(), expected);
+    cfg_warning_set_msg("%s", "");
+    EXPECT_EQ(Warning_times, 1);
+    EXPECT_EQ(cfg_warning_get_msg(), expected + "Last message repeated 1 time\n");
+}
+
+TEST_F(WarningChannel, IsClearedByNullEmptyAndDisabling)
+{
+    const auto expect_cleared_by = [](auto clear) {
+        cfg_warning_set_msg("warning");
+        cfg_warning_set_msg("warning");
+        clear();
+        EXPECT_EQ(Warning_times, 0);
+        EXPECT_EQ(cfg_warning_get_msg(), nullptr);
+    };
+    expect_cleared_by([] { EXPECT_EQ(cfg_warning_set_msg(nullptr), 0); });
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-zero-length"
+    expect_cleared_by([] { EXPECT_EQ(cfg_warning_set_msg(""), 0); });
+#pragma GCC diagnostic pop
+    expect_cleared_by([] { cfg_set_warning_msg_enable(0); });
+    cfg_set_warning_msg_enable(1);
+    cfg_warning_set_msg("warning");
+    EXPECT_STREQ(cfg_warning_get_msg(), "warning\n") << "not a repeat of what was cleared";
+}
+
+struct Check {
+    int value, step, min, max;
+    int result;
+    const char *message; // what is left in the channel, "" for nothing
+};
+
+TEST_F(ErrorChannel, PowerOfTwoRecommendsItsNeighbours)
+{
+    const Check checks[] = {
+        {48, 0, 16, 256, -7, "The buffer size must be power of 2. Use 32 or 64"},
+        {64, 0, 16, 256, 0, ""},
+        {16, 0, 16, 256, 0, ""},
+        {256, 0, 16, 256, 0, ""},
+        {15, 0, 16, 256, -6, ""},
+        {257, 0, 16, 256, -6, ""},
+        {1, 0, 0, 8, 0, ""},
+        {0, 0, 0, 8, -7, ""},   // no power of two below, nothing to recommend
+        {-8, 0, -9, 7, -7, ""}, // and no end to the search either
+        {9, 0, 0, 20, -7, "The buffer size must be power of 2. Use 10 or 20"}, // an odd maximum recommends its like
+        {1 << 30, 0, 0, INT_MAX, 0, ""},
+        {INT_MAX, 0, 0, INT_MAX, -7, "The buffer size must be power of 2. Use 2147483647 or -2"},
+    };
+    for (const Check &check : checks) {
+        cfg_error_set_msg("%s", "");
+        EXPECT_EQ(cfg_error_power_of_2("buffer", check.value, check.min, check.max), check.result) << check.value;
+        EXPECT_STREQ(cfg_error_get_msg(), check.message);
+    }
+}
+
+TEST_F(ErrorChannel, GranularityRecommendsItsNeighbours)
+{
+    const Check checks[] = {
+        {25, 10, 10, 1000, -7, "The aging-time must be multiple of 10. Use 20 or 30"},
+        {20, 10, 10, 1000, 0, ""},
+        {9, 10, 10, 1000, -6, ""},
+        {1001, 10, 10, 1000, -6, ""},
+        {25, 0, 10, 1000, -7, ""},
+        {5, 0, 10, 1000, -6, ""}, // the range comes first
+        {-25, 10, -100, 100, -7, "The aging-time must be multiple of 10. Use -20 or -10"},
+        {25, -10, 0, 100, -7, "The aging-time must be multiple of -10. Use 20 or 10"},
+        {INT_MIN, -1, INT_MIN, 0, 0, ""},
+        {INT_MAX, 10, 0, INT_MAX, -7, "The aging-time must be multiple of 10. Use 2147483640 or -2147483646"},
+    };
+    for (const Check &check : checks) {
+        cfg_error_set_msg("%s", "");
+        EXPECT_EQ(cfg_error_granularity("aging-time", check.value, check.step, check.min, check.max), check.result);
+        EXPECT_STREQ(cfg_error_get_msg(), check.message);
+    }
+}
+
+} // namespace
