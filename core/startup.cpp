@@ -3,6 +3,7 @@
 #include "core/crash_handlers.h"
 #include "core/status_region.h"
 
+#include <switchcfg/bootenv.h>
 #include <switchcfg/config_region.h>
 #include <switchcfg/files.h>
 #include <switchcfg/locks.h>
@@ -77,7 +78,7 @@ int cfg_init() noexcept
     cfg_print_ip_init();
     // (error table)
     status_init();
-    // (boot environment)
+    bootenv_init();
     pm_client_init(&process_manager);
     default_max_units();
     if (cfg_data_cfg_map() != 0) {
