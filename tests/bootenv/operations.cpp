@@ -19,6 +19,7 @@ struct Watch {
     std::vector<Operation> seen;
     std::map<int, std::string> descriptors;
     std::optional<Cut> cut;
+    std::function<void(const Operation &)> then;
 };
 std::optional<Watch> watch;
 
@@ -37,6 +38,9 @@ void note(const std::string &name, std::size_t bytes = 0)
     watch->seen.push_back({name, bytes});
     if (watch->cut && watch->cut->after + 1 == watch->seen.size()) {
         ::_exit(cut_status);
+    }
+    if (watch->then) {
+        watch->then(watch->seen.back());
     }
 }
 
@@ -58,9 +62,9 @@ int watched_open(const char *name, const char *path, int flags, mode_t mode)
 
 } // namespace
 
-void watch_operations()
+void watch_operations(std::function<void(const Operation &)> then)
 {
-    watch.emplace();
+    watch.emplace().then = std::move(then);
 }
 
 void watch_operations(Cut cut)

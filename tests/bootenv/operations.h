@@ -6,6 +6,7 @@
 #define SWITCHCFG_TESTS_BOOTENV_OPERATIONS_H
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -24,8 +25,9 @@ struct Cut {
 };
 inline constexpr int cut_status = 77;
 
-void watch_operations();          // forgets what was seen before
-void watch_operations(Cut cut);   // likewise
+// Each forgets what was seen before.
+void watch_operations(std::function<void(const Operation &)> then = {}); // `then` is called after each
+void watch_operations(Cut cut);
 std::vector<Operation> stop_watching();
 
 } // namespace switchcfg::testing

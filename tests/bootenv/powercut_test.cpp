@@ -1,0 +1,299 @@
+// SPDX-License-Identifier: Apache-2.0
+// Cuts the power after every single operation of a save and of the decision at boot, starts again, and looks at what is
+// left. Where the order of steps leaves nothing whole, the test holds the exact extent of that window.
+#include "bootenv/boot.h"
+#include "bootenv/operations.h"
+
+#include <cstdio>
+#include <gtest/gtest.h>
+#include <map>
+#include <switchcfg/bootenv.h>
+#include <unistd.h>
+
+// The restart of the real thing: two seconds and two commands that nobody needs thousands of times.
+unsigned sleep(unsigned /*seconds*/)
+{
+    return 0;
+}
+int system(const char * /*command*/)
+{
+    return 0;
+}
+
+namespace switchcfg::testing {
+namespace {
+
+struct Trial {
+    std::function<void()> prepare;
+    std::function<void()> act; // in a process of its own, which may end in the middle of it
+};
+
+// The places to stop a write at: everywhere near its ends, coarsely between.
+std::vector<std::size_t> stops_of_write(std::size_t length)
+{
+    std::vector<std::size_t> stops;
+    for (std::size_t bytes = 0; bytes < length; ++bytes) {
+        if (bytes < 160 || bytes % 2048 == 0 || length - bytes < 5) {
+            stops.push_back(bytes);
+        }
+    }
+    stops.push_back(length);
+    return stops;
+}
+
+// Calls `judge` after each cut, with the power back and nothing started yet. Gives the number of cut points.
+int for_each_cut(const Trial &trial, const std::function<void(const std::string &where)> &judge)
+{
+    int points = 0;
+    const auto attempt = [&](const std::string &where, const std::function<void()> &arm) {
+        SCOPED_TRACE(where);
+        trial.prepare();
+        in_child([&] {
+            arm();
+            trial.act();
+            return 0;
+        });
+        flash().power_on();
+        judge(where);
+        ++points;
+    };
+
+    // By the calls of the process: devices and files, and every stop within a write.
+    std::vector<Operation> operations;
+    trial.prepare();
+    const std::uint64_t before = flash().operations();
+    watch_operations();
+    trial.act();
+    operations = stop_watching();
+    const auto device_operations = static_cast<unsigned>(flash().operations() - before);
+    for (std::size_t i = 0; i < operations.size(); ++i) {
+        const Operation &operation = operations[i];
+        for (const std::size_t bytes : stops_of_write(operation.bytes)) {
+            attempt("after operation " + std::to_string(i) + ", " + operation.name +
+                        (operation.bytes > 0 ? ", " + std::to_string(bytes) + " bytes of it" : ""),
+                [&] { watch_operations(Cut{i, bytes}); });
+        }
+    }
+    // By the operations of the flash itself: before each, and in its middle.
+    for (unsigned i = 0; i < device_operations; ++i) {
+        for (const bool half : {false, true}) {
+            attempt("after " + std::to_string(i) + (half ? " and a half" : "") + " flash operations",
+                [&] { flash().cut_after(i, half); });
+        }
+    }
+    return points;
+}
+
+// Starts until the switch stays up; gives the number of restarts.
+int settle()
+{
+    for (int restarts = 0; restarts < 4; ++restarts) {
+        start_switch();
+        if (bootenv_backup() != -1) {
+            start_switch();
+            return restarts;
+        }
+    }
+    ADD_FAILURE() << "the switch restarts for ever";
+    return -1;
+}
+
+bool both_copies_whole()
+{
+    const Image content = flash().copy();
+    return checksum_holds(content) && backup_content() == content;
+}
+
+// The variables are there up to their end, but not all zeros behind them: every process reads them, and the CRC fails.
+bool only_padding_missing(const Environment &environment)
+{
+    const Image whole = image_of(environment);
+    const Image content = flash().copy();
+    std::size_t end = 4 + 2;
+    for (const std::string &text : environment) {
+        end += text.size() + 1;
+    }
+    return content != whole && std::equal(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(end), content.begin());
+}
+
+void report(const char *what, int points, const std::map<std::string, int> &results)
+{
+    std::printf("%s: %d cut points", what, points);
+    for (const auto &[result, count] : results) {
+        std::printf(", %d %s", count, result.c_str());
+    }
+    std::printf("\n");
+}
+
+Environment filled(Environment environment, std::size_t bytes)
+{
+    for (int i = 0; bytes > 0; ++i) {
+        const std::size_t now = std::min<std::size_t>(bytes, 500);
+        environment.push_back("fill" + std::to_string(i) + "=" + std::string(now, 'f'));
+        bytes -= now;
+    }
+    return environment;
+}
+
+// A save that changes one variable, on a switch whose flash and backup are in step.
+Trial save_of(const Environment &old_one)
+{
+    return {[=] {
+                fill_flash(image_of(old_one));
+                remove_backup();
+                make_backup(image_of(old_one));
+                start_switch();
+            },
+        [] {
+            bootenv_set("bootdelay", "7");
+            bootenv_grava();
+        }};
+}
+
+void check_save(const char *what, const Environment &kept)
+{
+    Environment old_one = kept;
+    old_one.insert(old_one.begin() + 1, "bootdelay=3");
+    Environment new_one = kept;
+    new_one.push_back("bootdelay=7");
+
+    std::map<std::string, int> results;
+    const int points = for_each_cut(save_of(old_one), [&](const std::string &where) {
+        const bool window = only_padding_missing(new_one);
+        settle();
+        const Environment left = environment();
+        EXPECT_TRUE(left == old_one || left == new_one) << where;
+        EXPECT_EQ(both_copies_whole(), !window) << where;
+        if (!window) {
+            ++results[left == old_one ? "leave the old environment" : "leave the new one"];
+            return;
+        }
+        ++results["leave the new one with a CRC that fails"];
+        EXPECT_EQ(left, new_one) << where;
+        EXPECT_EQ(bootenv_grava(), 0) << "the next save mends both copies";
+        EXPECT_TRUE(both_copies_whole()) << where;
+    });
+    report(what, points, results);
+    EXPECT_GT(results["leave the old environment"], 0);
+    EXPECT_GT(results["leave the new one"], 0);
+}
+
+TEST(PowerCut, SaveLeavesTheOldOrTheNewEnvironment)
+{
+    check_save("save of a small environment", {"HV=0", "FBMP=5", "bootcmd=bootm 0xe8000000"});
+}
+
+TEST(PowerCut, SaveOfAnEnvironmentOverSeveralBlocksLeavesTheOldOrTheNewOne)
+{
+    check_save("save of an environment over several erase blocks", filled({"HV=0", "FBMP=5"}, 40000));
+}
+
+// The decision at boot trusts an environment with "HV". When "HV" lies beyond the first erase block, there is a moment
+// when the blocks in front of it are erased and it is still there.
+TEST(PowerCut, EraseUpToTheMarkIsTakenForTheOwnEnvironment)
+{
+    Environment old_one = filled({"FBMP=5"}, 40000);
+    old_one.push_back("HV=0");
+    const Image image = image_of(old_one);
+    constexpr std::string_view mark = "HV=0";
+    const auto mark_place = static_cast<std::size_t>(
+        std::search(image.begin(), image.end(), mark.begin(), mark.end()) - image.begin());
+    const Trial trial = save_of(old_one);
+
+    int lost = 0;
+    const std::uint32_t block = flash().geometry().block;
+    for (unsigned halves = 0; halves <= 2 * (flash().geometry().size / block); ++halves) {
+        trial.prepare();
+        in_child([&] {
+            flash().cut_after(halves / 2, halves % 2 != 0);
+            trial.act();
+            return 0;
+        });
+        flash().power_on();
+        settle();
+        const std::size_t erased = halves * block / 2;
+        const bool mark_left_alone = erased > 0 && erased <= mark_place;
+        EXPECT_EQ(environment() == old_one, !mark_left_alone) << erased << " bytes erased";
+        EXPECT_EQ(both_copies_whole(), !mark_left_alone) << erased << " bytes erased";
+        lost += mark_left_alone ? 1 : 0;
+    }
+    std::printf("erase with the mark at byte %zu: %d cut points lose what lies in front of it\n", mark_place, lost);
+    EXPECT_GT(lost, 0);
+}
+
+TEST(PowerCut, RestoreStartsOverUntilItIsDone)
+{
+    const Environment kept{"HV=0", "FBMP=5", "bootcmd=bootm 0xe8000000"};
+    std::map<std::string, int> results;
+    const Trial restore{[&] {
+                            fill_flash({});
+                            remove_backup();
+                            make_backup(image_of(kept));
+                            start_switch();
+                        },
+        [] { bootenv_backup(); }};
+    const int points = for_each_cut(restore, [&](const std::string &where) {
+        const bool window = only_padding_missing(kept);
+        settle();
+        EXPECT_EQ(environment(), kept) << where;
+        EXPECT_EQ(both_copies_whole(), !window) << where;
+        ++results[window ? "leave it with a CRC that fails" : "leave the environment of the backup"];
+    });
+    report("restore from the backup", points, results);
+    EXPECT_GT(results["leave the environment of the backup"], 0);
+}
+
+TEST(PowerCut, RefreshOfTheBackupNeverHarmsTheEnvironment)
+{
+    const Environment kept{"HV=0", "FBMP=5"};
+    std::map<std::string, int> results;
+    const Trial refresh{[&] {
+                            fill_flash(image_of(kept));
+                            remove_backup();
+                            make_backup(image_of({"HV=0", "FBMP=1"}));
+                            start_switch();
+                        },
+        [] { bootenv_backup(); }};
+    const int points = for_each_cut(refresh, [&](const std::string &where) {
+        EXPECT_EQ(settle(), 0) << where;
+        EXPECT_EQ(environment(), kept) << where;
+        EXPECT_TRUE(both_copies_whole()) << where;
+        ++results["leave the environment"];
+    });
+    report("refresh of the backup", points, results);
+}
+
+// Nothing protects an environment that has no backup yet: its first save, by the first decision at boot, is one erase
+// away from losing it.
+TEST(PowerCut, FirstStartCanLoseAnEnvironmentWithoutABackup)
+{
+    const Environment factory{"bootcmd=bootm 0xe8000000", "serial=4711"};
+    Environment marked = factory;
+    marked.push_back("HV=0");
+    std::map<std::string, int> results;
+    const Trial first_start{[&] {
+                                fill_flash(image_of(factory));
+                                remove_backup();
+                                start_switch();
+                            },
+        [] { bootenv_backup(); }};
+    const int points = for_each_cut(first_start, [&](const std::string &where) {
+        const Image content = flash().copy();
+        const bool intact = content == image_of(factory) || content == image_of(marked);
+        const bool window = only_padding_missing(marked);
+        EXPECT_EQ(settle(), 0) << where;
+        if (intact || window) {
+            EXPECT_EQ(environment(), marked) << where;
+            ++results[intact ? "leave the environment" : "leave it with a CRC that fails"];
+        } else {
+            EXPECT_EQ(environment(), Environment{"HV=0"}) << where;
+            ++results["lose it"];
+        }
+        EXPECT_EQ(both_copies_whole(), !window) << where;
+    });
+    report("first start, no backup", points, results);
+    EXPECT_GT(results["lose it"], 0);
+}
+
+} // namespace
+} // namespace switchcfg::testing
