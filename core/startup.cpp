@@ -5,6 +5,7 @@
 
 #include <switchcfg/bootenv.h>
 #include <switchcfg/config_region.h>
+#include <switchcfg/error.h>
 #include <switchcfg/files.h>
 #include <switchcfg/locks.h>
 #include <switchcfg/pm_client.h>
@@ -76,7 +77,7 @@ int cfg_init() noexcept
     create_locks();
     printExts_init();
     cfg_print_ip_init();
-    // (error table)
+    cfg_error_init();
     status_init();
     bootenv_init();
     pm_client_init(&process_manager);
