@@ -96,6 +96,9 @@ class FirstProcess {
         for (const std::string &folder : request.keep) {
             kept_.keep(folder);
         }
+        if (!request.flash.image.empty()) {
+            kept_.keep(request.flash.image);
+        }
         if (!current_folder_.empty()) {
             kept_.keep_if_possible(current_folder_);
         }
@@ -113,6 +116,9 @@ class FirstProcess {
             become_root_inside(uid, gid);
         }
         make_inside();
+        if (request_.flash.wanted) {
+            start_flash_device(request_.flash);
+        }
         const pid_t child = ::fork();
         if (child < 0) {
             throw refusal("fork", "");
@@ -176,7 +182,7 @@ pid_t clone_process(unsigned long flags)
 
 } // namespace
 
-int run_in_lab(const RunRequest &request)
+int run_in_lab(RunRequest &request)
 try {
     const pid_t parent = ::getppid();
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -185,6 +191,9 @@ try {
     }
     const uid_t uid = ::geteuid();
     const gid_t gid = ::getegid();
+    if (request.flash.wanted) {
+        prepare_flash_image(request.flash);
+    }
     const SignalRelay signals;
     FirstProcess first{request, signals};
     Descriptor self{static_cast<int>(::syscall(SYS_pidfd_open, ::getpid(), 0))};

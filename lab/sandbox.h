@@ -3,6 +3,8 @@
 #ifndef SWITCHCFG_LAB_SANDBOX_H
 #define SWITCHCFG_LAB_SANDBOX_H
 
+#include "lab/flash_device.h"
+
 #include <string>
 #include <vector>
 
@@ -14,12 +16,13 @@ inline constexpr int exit_not_found = 127;
 
 struct RunRequest {
     std::vector<std::string> keep;
+    FlashRequest flash;
     std::vector<char *> command; // ends with a null pointer
 };
 
 // Runs the command and gives its exit status (128 + n for signal n), or one of the above after a line on standard
 // error.
-int run_in_lab(const RunRequest &request);
+int run_in_lab(RunRequest &request);
 
 } // namespace switchlab
 
