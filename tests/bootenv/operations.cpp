@@ -84,6 +84,8 @@ std::vector<Operation> stop_watching()
 using namespace switchcfg::testing;
 
 // NOLINTBEGIN(cert-dcl50-cpp): they have the forms of the functions they stand for
+// The program is built with hidden names; these have to be found in front of libc's.
+#pragma GCC visibility push(default)
 extern "C" {
 
 int open(const char *path, int flags, ...)
@@ -177,4 +179,5 @@ int mkdir(const char *path, mode_t mode) noexcept
     return result;
 }
 }
+#pragma GCC visibility pop
 // NOLINTEND(cert-dcl50-cpp)

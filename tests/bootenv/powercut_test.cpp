@@ -3,22 +3,13 @@
 // left. Where the order of steps leaves nothing whole, the test holds the exact extent of that window.
 #include "bootenv/boot.h"
 #include "bootenv/operations.h"
+#include "bootenv/restart.h"
+#include "support/power_cut.h"
 
 #include <cstdio>
 #include <gtest/gtest.h>
 #include <map>
 #include <switchcfg/bootenv.h>
-#include <unistd.h>
-
-// The restart of the real thing: two seconds and two commands that nobody needs thousands of times.
-unsigned sleep(unsigned /*seconds*/)
-{
-    return 0;
-}
-int system(const char * /*command*/)
-{
-    return 0;
-}
 
 namespace switchcfg::testing {
 namespace {
@@ -45,40 +36,39 @@ std::vector<std::size_t> stops_of_write(std::size_t length)
 int for_each_cut(const Trial &trial, const std::function<void(const std::string &where)> &judge)
 {
     int points = 0;
-    const auto attempt = [&](const std::string &where, const std::function<void()> &arm) {
-        SCOPED_TRACE(where);
-        trial.prepare();
-        in_child([&] {
-            arm();
-            trial.act();
-            return 0;
-        });
-        flash().power_on();
-        judge(where);
-        ++points;
-    };
-
-    // By the calls of the process: devices and files, and every stop within a write.
-    std::vector<Operation> operations;
+    // After each call of the process on the device or a file, and at every stop within a write.
     trial.prepare();
-    const std::uint64_t before = flash().operations();
     watch_operations();
     trial.act();
-    operations = stop_watching();
-    const auto device_operations = static_cast<unsigned>(flash().operations() - before);
+    const std::vector<Operation> operations = stop_watching();
     for (std::size_t i = 0; i < operations.size(); ++i) {
         const Operation &operation = operations[i];
         for (const std::size_t bytes : stops_of_write(operation.bytes)) {
-            attempt("after operation " + std::to_string(i) + ", " + operation.name +
-                        (operation.bytes > 0 ? ", " + std::to_string(bytes) + " bytes of it" : ""),
-                [&] { watch_operations(Cut{i, bytes}); });
+            trial.prepare();
+            EXPECT_EQ(in_child([&] {
+                watch_operations(Cut{i, bytes});
+                trial.act();
+                return 0;
+            }),
+                cut_status);
+            judge("operation " + std::to_string(i) + ", " + operation.name + ", after " + std::to_string(bytes) +
+                  " bytes");
+            ++points;
         }
     }
-    // By the operations of the flash itself: before each, and in its middle.
-    for (unsigned i = 0; i < device_operations; ++i) {
-        for (const bool half : {false, true}) {
-            attempt("after " + std::to_string(i) + (half ? " and a half" : "") + " flash operations",
-                [&] { flash().cut_after(i, half); });
+    // Before each operation of the flash itself, the erase of a block or the programming of a page, and in its middle.
+    for (const CutAt at : {CutAt::operation, CutAt::half_operation}) {
+        for (unsigned after = 0;; ++after) {
+            trial.prepare();
+            const CutRun run = run_and_cut(flash(), at, after, [&] {
+                trial.act();
+                return 0;
+            });
+            if (!run.cut) {
+                break;
+            }
+            judge(std::to_string(after) + (at == CutAt::operation ? "" : " and a half") + " flash operations");
+            ++points;
         }
     }
     return points;
@@ -90,9 +80,11 @@ int settle()
     for (int restarts = 0; restarts < 4; ++restarts) {
         start_switch();
         if (bootenv_backup() != -1) {
+            EXPECT_TRUE(take_commands().empty());
             start_switch();
             return restarts;
         }
+        EXPECT_EQ(take_commands().back(), "/sbin/shutdown -r now");
     }
     ADD_FAILURE() << "the switch restarts for ever";
     return -1;
@@ -202,20 +194,19 @@ TEST(PowerCut, EraseUpToTheMarkIsTakenForTheOwnEnvironment)
 
     int lost = 0;
     const std::uint32_t block = flash().geometry().block;
-    for (unsigned halves = 0; halves <= 2 * (flash().geometry().size / block); ++halves) {
+    const unsigned blocks = flash().geometry().size / block;
+    for (unsigned halves = 0; halves <= 2 * blocks; ++halves) {
         trial.prepare();
-        in_child([&] {
-            flash().cut_after(halves / 2, halves % 2 != 0);
+        ASSERT_TRUE(run_and_cut(flash(), halves % 2 == 0 ? CutAt::operation : CutAt::half_operation, halves / 2, [&] {
             trial.act();
             return 0;
-        });
-        flash().power_on();
+        }).cut);
         settle();
         const std::size_t erased = halves * block / 2;
-        const bool mark_left_alone = erased > 0 && erased <= mark_place;
-        EXPECT_EQ(environment() == old_one, !mark_left_alone) << erased << " bytes erased";
-        EXPECT_EQ(both_copies_whole(), !mark_left_alone) << erased << " bytes erased";
-        lost += mark_left_alone ? 1 : 0;
+        const bool mark_is_left = erased > 0 && erased <= mark_place;
+        EXPECT_EQ(environment() == old_one, !mark_is_left) << erased << " bytes erased";
+        EXPECT_EQ(both_copies_whole(), !mark_is_left) << erased << " bytes erased";
+        lost += mark_is_left ? 1 : 0;
     }
     std::printf("erase with the mark at byte %zu: %d cut points lose what lies in front of it\n", mark_place, lost);
     EXPECT_GT(lost, 0);

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "bootenv/boot.h"
 #include "bootenv/operations.h"
+#include "bootenv/restart.h"
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
@@ -310,6 +312,28 @@ TEST(Bootenv, BackupThatDiffersFromTheOwnEnvironmentIsMadeAnew)
         EXPECT_EQ(flash().copy(), own);
         EXPECT_EQ(backup_content(), own);
     }
+}
+
+TEST(Bootenv, LostEnvironmentIsRestoredAndTheSwitchRestarts)
+{
+    const Image kept = image_of({"HV=0", "a=1"});
+    make_backup(kept);
+    for (const Image &lost : {Image{}, image_of({"default=1"})}) {
+        fill_flash(lost);
+        start_switch();
+        ::testing::internal::CaptureStdout();
+        EXPECT_EQ(bootenv_backup(), -1);
+        EXPECT_EQ(::testing::internal::GetCapturedStdout(),
+            "Restoring bootloader environment\nSystem will reboot automatically\n");
+        EXPECT_THAT(take_commands(),
+            ElementsAre("umount /mnt/flash > /dev/null 2> /dev/null", "sleep 2", "/sbin/shutdown -r now"));
+        EXPECT_EQ(flash().copy(), kept);
+        EXPECT_EQ(backup_content(), kept);
+        EXPECT_EQ(value_of("a"), std::nullopt) << "the shadow follows after the restart";
+    }
+    start_switch();
+    EXPECT_EQ(bootenv_backup(), 0);
+    EXPECT_THAT(take_commands(), ElementsAre());
 }
 
 TEST(Bootenv, LostEnvironmentWithoutAGoodBackupIsMarkedAndBackedUp)
