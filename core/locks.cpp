@@ -41,6 +41,10 @@ int record_lock(int fd, int command, short type) noexcept
 
 int lock_create(const char *path) noexcept
 {
+    if (path == nullptr) {
+        errno = EFAULT;
+        return -1;
+    }
     return ::open(path, O_RDWR | O_CREAT, 0600);
 }
 

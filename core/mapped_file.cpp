@@ -17,6 +17,10 @@ using switchcfg::Descriptor;
 // Extends by one byte at the end: the part between stays a hole, so an unused region takes no space.
 int make_length(const char *path, size_t len) noexcept
 {
+    if (path == nullptr) {
+        errno = EFAULT;
+        return -1;
+    }
     const int64_t size = file_size(path);
     if (size >= 0 && static_cast<uint64_t>(size) >= len) {
         return 0;

@@ -5,6 +5,7 @@
 #include <switchcfg/uptime.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>

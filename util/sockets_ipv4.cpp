@@ -5,6 +5,7 @@
 #include <switchcfg/socket.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 
 namespace {

@@ -42,6 +42,7 @@ TEST(Locks, FileIsCreatedPrivateAndKept)
     EXPECT_EQ(::stat(path, &info), 0);
     EXPECT_EQ(lock_destroy(fd), -1);
     EXPECT_EQ(lock_create("/tmp/no/such/folder"), -1);
+    EXPECT_EQ(lock_create(nullptr), -1);
 }
 
 TEST(Locks, SharedHoldersShareAndExcludeTheExclusiveOne)

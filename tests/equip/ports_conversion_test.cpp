@@ -54,13 +54,13 @@ TEST_F(PortConversion, BoardsAreWiredAsTheirSchematicsSay)
     const struct {
         int model, user, chip;
     } wires[] = {
-        {1, 0, 2}, {1, 26, 28}, {26, 27, 29},                                  // 24 fibre ports
-        {5, 25, 27}, {5, 26, 29}, {85, 27, 28},                                // and four cages
+        {1, 0, 2}, {1, 26, 28}, {26, 27, 29},                                           // 24 fibre ports
+        {5, 25, 27}, {5, 26, 29}, {85, 27, 28},                                         // and four cages
         {6, 15, 17}, {6, 16, 21}, {59, 17, 20}, {83, 18, 19}, {7, 19, 18}, {7, 25, 27}, // 20 copper ports
-        {8, 16, 21}, {8, 24, 28}, {57, 25, 29},                                // and a stacking module
-        {10, 19, 18}, {84, 24, 26}, {10, 26, 29}, {37, 27, 28},                // and four cages
+        {8, 16, 21}, {8, 24, 28}, {57, 25, 29},                                         // and a stacking module
+        {10, 19, 18}, {84, 24, 26}, {10, 26, 29}, {37, 27, 28},                         // and four cages
         {11, 0, 30}, {14, 8, 2}, {17, 28, 42}, {79, 40, 49}, {62, 43, 46}, {12, 48, 26}, {12, 51, 29}, // 44
-        {15, 0, 30}, {80, 49, 27}, {18, 50, 29}, {77, 51, 28},                 // and four cages
+        {15, 0, 30}, {80, 49, 27}, {18, 50, 29}, {77, 51, 28},                                         // and four cages
     };
     for (const auto &wire : wires) {
         put(3, wire.model);
@@ -139,7 +139,6 @@ TEST_F(PortConversion, ChipPortsAreLookedUpInTheModulesBitmaps)
         EXPECT_EQ(port, CFG_PORT_CPU);
         EXPECT_EQ(unit, 5);
     }
-    EXPECT_EQ(cfg_equip_is_cpu_phys_port(static_cast<std::uint32_t>(module(5)), 0), 1);
     for (const int outside : {-1, 256, INT_MAX, INT_MIN}) {
         EXPECT_EQ(convert(module(5), outside), -3);
     }
@@ -203,8 +202,8 @@ TEST_F(PortConversion, LedsFollowTheChainOfTheBoard)
 {
     const struct {
         int model, offset, chip;
-    } leds[] = {{1, 26, 28}, {2, 26, 29}, {3, 27, 28}, {85, 24, 26}, {6, 16, 21}, {8, 24, 26}, {8, 19, 18}, {10, 26, 29},
-        {10, 24, 26}, {11, 0, 30}, {18, 50, 29}, {11, 52, -3}, {2, 99, 101}, {0, 26, 26}, {86, 26, 26}};
+    } leds[] = {{1, 26, 28}, {2, 26, 29}, {3, 27, 28}, {85, 24, 26}, {6, 16, 21}, {8, 24, 26}, {8, 19, 18},
+        {10, 26, 29}, {10, 24, 26}, {11, 0, 30}, {18, 50, 29}, {11, 52, -3}, {2, 99, 101}, {0, 26, 26}, {86, 26, 26}};
     for (const auto &led : leds) {
         put(0, led.model);
         EXPECT_EQ(cfg_equip_led_offset_to_port_tq5200(led.offset), led.chip) << led.model << " " << led.offset;

@@ -3,9 +3,9 @@
 #ifndef SWITCHCFG_TESTS_EQUIP_PORTS_FIXTURE_H
 #define SWITCHCFG_TESTS_EQUIP_PORTS_FIXTURE_H
 
+#include <switchcfg/config_region.h>
 #include <switchcfg/equip.h>
 #include <switchcfg/ports.h>
-#include <switchcfg/config_region.h>
 #include <switchcfg/status.h>
 
 #include "core/config_layout.h"
@@ -13,6 +13,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/mman.h>
+#include <unistd.h>
 #include <vector>
 
 namespace switchcfg::testing {
@@ -24,14 +25,15 @@ class PortsTest : public ::testing::Test {
   protected:
     PortsTest()
     {
-        // The kernel puts mappings one below the other, so the region lands between these two.
-        constexpr std::size_t guard_size = 16 * 4096;
-        const auto guard = [] {
-            EXPECT_NE(::mmap(nullptr, guard_size, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0), MAP_FAILED);
-        };
-        guard();
+        // The region lands in the hole between two guards: the reservation lay in the highest hole that takes it.
+        constexpr std::size_t guard = 16 * 4096;
+        constexpr std::size_t region = (status_layout::size + 4095U) & ~std::size_t{4095};
+        auto *const reserved = static_cast<std::uint8_t *>(
+            ::mmap(nullptr, region + 2 * guard, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+        ::unlink(STATUS_PATH);
+        ::munmap(reserved + guard, region);
         EXPECT_EQ(status_init(), 0);
-        guard();
+        guarded = get_status() == reserved + guard;
         status = static_cast<std::uint8_t *>(get_status());
         config.resize(config_layout::size);
         cfg_set_cfg(config.data());
@@ -54,7 +56,10 @@ class PortsTest : public ::testing::Test {
     }
     static constexpr int module(int unit) { return 100 + 3 * unit; }
 
-    void plug(int unit, int port, bool in) { store(status, status_layout::transceiver_present, in ? 1 : 0, unit, port); }
+    void plug(int unit, int port, bool in)
+    {
+        store(status, status_layout::transceiver_present, in ? 1 : 0, unit, port);
+    }
 
     static void set_bits(std::span<std::uint8_t> bitmap, int first, int last)
     {
@@ -69,6 +74,7 @@ class PortsTest : public ::testing::Test {
 
     static bool has(const std::uint32_t *bitmap, int port) { return ((bitmap[port / 32] >> (port % 32)) & 1U) != 0; }
 
+    bool guarded = false; // nothing readable beside the region
     std::uint8_t *status = nullptr;
     std::vector<std::uint8_t> config;
 };

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ports_fixture.h"
 
+#include <algorithm>
 #include <climits>
 
 namespace switchcfg::testing {
@@ -41,7 +42,8 @@ TEST_F(PortKinds, ListsAgreeOnEveryModelAndPort)
             }
             combo_ports += combo ? 1 : 0;
             ASSERT_EQ(unplugged != type, combo) << "a plugged transceiver makes the difference";
-            ASSERT_EQ(has(cages, port), is_one_of(type, {CFG_PORT_TYPE_FIBRE, CFG_PORT_TYPE_XFP, CFG_PORT_TYPE_SFP_PLUS}));
+            ASSERT_EQ(
+                has(cages, port), is_one_of(type, {CFG_PORT_TYPE_FIBRE, CFG_PORT_TYPE_XFP, CFG_PORT_TYPE_SFP_PLUS}));
             ASSERT_EQ(has(cages, port), cfg_equip_is_port_transceiver_tq5200_up(6, port) == 1);
             const bool fast = is_one_of(type, {CFG_PORT_TYPE_XFP, CFG_PORT_TYPE_SFP_PLUS});
             fast_ports += fast ? 1 : 0;
@@ -65,10 +67,29 @@ TEST_F(PortKinds, SpotRows)
     const struct {
         int model, port, unplugged, plugged;
     } rows[] = {
-        {1, 27, 10, 10}, {19, 51, 10, 10}, {2, 23, 10, 10}, {2, 25, 11, 11}, {85, 27, 14, 14}, {3, 24, 13, 13},
-        {4, 26, 13, 13}, {6, 19, 7, 7}, {6, 20, 7, 10}, {8, 25, 13, 13}, {8, 26, 11, 11}, {9, 24, 11, 11},
-        {82, 24, 14, 14}, {11, 47, 7, 10}, {11, 51, 7, 10}, {13, 49, 13, 13}, {13, 50, 7, 10}, {12, 49, 11, 11},
-        {16, 48, 14, 14}, {80, 51, 11, 11}, {0, 0, 10, 10}, {86, 24, 10, 10}, {-5, 51, 10, 10},
+        {1, 27, 10, 10},
+        {19, 51, 10, 10},
+        {2, 23, 10, 10},
+        {2, 25, 11, 11},
+        {85, 27, 14, 14},
+        {3, 24, 13, 13},
+        {4, 26, 13, 13},
+        {6, 19, 7, 7},
+        {6, 20, 7, 10},
+        {8, 25, 13, 13},
+        {8, 26, 11, 11},
+        {9, 24, 11, 11},
+        {82, 24, 14, 14},
+        {11, 47, 7, 10},
+        {11, 51, 7, 10},
+        {13, 49, 13, 13},
+        {13, 50, 7, 10},
+        {12, 49, 11, 11},
+        {16, 48, 14, 14},
+        {80, 51, 11, 11},
+        {0, 0, 10, 10},
+        {86, 24, 10, 10},
+        {-5, 51, 10, 10},
     };
     for (const auto &row : rows) {
         put(1, row.model);
@@ -118,7 +139,7 @@ TEST_F(PortKinds, PortChannelAnswersForItsFirstMember)
         store(config.data(), config_layout::port_channel, static_cast<std::uint16_t>(channel), unit, port);
     };
     EXPECT_EQ(cfg_get_port_type_tq5200(0, 600), -1);
-    join(0, 0, 600); // not present
+    join(0, 0, 600);  // not present
     join(1, 30, 600); // not a port of the unit
     EXPECT_EQ(cfg_get_port_type_tq5200(0, 600), -1);
     EXPECT_EQ(cfg_get_port_max_speed_tq5200(0, 600), -1);

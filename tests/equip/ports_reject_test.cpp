@@ -65,6 +65,7 @@ constexpr UnitCall unit_calls[] = {
 
 TEST_F(PortRejects, UnitsBeyondTheStack)
 {
+    RecordProperty("guarded", guarded ? "yes" : "no");
     // What a ninth unit would be, were it looked at.
     for (int unit = 0; unit < units; ++unit) {
         put(unit, 8, 20);

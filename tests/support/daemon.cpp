@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "support/daemon.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <utility>
+
+namespace switchcfg::testing {
+
+Daemon::Daemon(const std::string &program, const std::vector<std::string> &arguments)
+{
+    int ready[2];
+    if (::pipe2(ready, O_CLOEXEC) != 0) {
+        std::abort();
+    }
+    std::vector<std::string> words{program, "--ready-fd", std::to_string(ready[1])};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<char *> argv;
+    for (std::string &word : words) {
+        argv.push_back(word.data());
+    }
+    argv.push_back(nullptr);
+    pid_ = ::fork();
+    if (pid_ < 0) {
+        std::abort();
+    }
+    if (pid_ == 0) {
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+        ::fcntl(ready[1], F_SETFD, 0);
+        ::execv(argv[0], argv.data());
+        ::_exit(127);
+    }
+    ::close(ready[1]);
+    ready_ = ready[0];
+}
+
+Daemon::~Daemon()
+{
+    kill9();
+    ::close(ready_);
+}
+
+bool Daemon::ready() const
+{
+    char byte = 0;
+    return ::read(ready_, &byte, 1) == 1;
+}
+
+void Daemon::kill9()
+{
+    if (pid_ > 0) {
+        ::kill(pid_, SIGKILL);
+        ::waitpid(std::exchange(pid_, -1), nullptr, 0);
+    }
+}
+
+int Daemon::exit_status() const
+{
+    int status = -1;
+    ::waitpid(std::exchange(pid_, -1), &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+} // namespace switchcfg::testing
