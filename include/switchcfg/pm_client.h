@@ -63,6 +63,50 @@ SWITCHCFG_API void pm_client_init(const struct pm_client_settings *settings) SWI
 /** Counterpart of pm_client_init(); there is nothing to release, and the settings stay. */
 SWITCHCFG_API void pm_client_finish(void) SWITCHCFG_NOEXCEPT;
 
+/*
+ * Requests. Each gives the process manager's own result, which is 0 when done and negative when not; -1 also when the
+ * client is not set up or the exchange failed (connection refused, no full reply in time). A name is cut to its first
+ * 31 characters; null counts as empty.
+ */
+
+/** Start a process. */
+SWITCHCFG_API int pm_client_start(const char *name) SWITCHCFG_NOEXCEPT;
+
+/** Stop a process, giving it time to end by itself. */
+SWITCHCFG_API int pm_client_stop(const char *name) SWITCHCFG_NOEXCEPT;
+
+/** Stop a process at once. */
+SWITCHCFG_API int pm_client_kill(const char *name) SWITCHCFG_NOEXCEPT;
+
+/** Stop a process and start it again. */
+SWITCHCFG_API int pm_client_restart(const char *name) SWITCHCFG_NOEXCEPT;
+
+/** Allow a process to run. */
+SWITCHCFG_API int pm_client_enable(const char *name) SWITCHCFG_NOEXCEPT;
+
+/** Keep a process from running. */
+SWITCHCFG_API int pm_client_disable(const char *name) SWITCHCFG_NOEXCEPT;
+
+/** Enable or disable a process. @param enabling not 0 enables */
+SWITCHCFG_API int pm_client_set_enabling(const char *name, uint32_t enabling) SWITCHCFG_NOEXCEPT;
+
+/** Start every process that is enabled. */
+SWITCHCFG_API int pm_client_start_all(void) SWITCHCFG_NOEXCEPT;
+
+/** Make the process manager print its table. */
+SWITCHCFG_API int pm_client_show_all(void) SWITCHCFG_NOEXCEPT;
+
+/**
+ * Signal a process, or all of a name, without the process manager, never the caller itself. The logger is told first:
+ * "Request from user to stop ...", with " (forced)" for signal 9.
+ * @param name compared exactly with the process's name; with a pid, names that hold a blank are never equal
+ * @param pid  the process, or -1 for all of that name
+ * @return with -1: how many processes were signalled, or -5 when the list could not be made. With a pid: 1 when it was
+ *         signalled, -1 with errno when that failed, -6 when there is no such process or its name is another, -7 when
+ * it is the caller
+ */
+SWITCHCFG_API int pm_client_kill_proc(const char *name, int pid, int signo) SWITCHCFG_NOEXCEPT;
+
 SWITCHCFG_END_DECLS
 
 #endif

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: Apache-2.0
+// Memory pressure and random delays.
+#include <switchcfg/process.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+#include <unistd.h>
+
+namespace {
+
+constexpr int least_adjustment = -17;
+constexpr int most_adjustment = 15;
+
+template<typename Int>
+Int clamped(double value) noexcept
+{
+    if (!(value > 0)) { // not a number as well
+        return 0;
+    }
+    constexpr auto most = std::numeric_limits<Int>::max();
+    return value >= static_cast<double>(most) ? most : static_cast<Int>(value);
+}
+
+} // namespace
+
+int oom_adj_set(int pid, int adjustment) noexcept
+{
+    if (adjustment < least_adjustment || adjustment > most_adjustment) {
+        return -1;
+    }
+    return systemf("echo %d > /proc/%d/oom_adj", adjustment, pid);
+}
+
+int random_max_n(int n) noexcept
+{
+    // In 64 bits: n = 1 makes the divisor 2^31.
+    return n < 1 ? 0 : static_cast<int>(std::rand() / (2147483647LL / n + 1)); // NOLINT(cert-msc30-c,cert-msc50-cpp)
+}
+
+int sleep_random(double minimum_s, double maximum_s) noexcept
+{
+    const double microseconds = minimum_s * 1e6 + random_max_n(clamped<int>((maximum_s - minimum_s) * 1e6));
+    return ::usleep(clamped<useconds_t>(microseconds));
+}
