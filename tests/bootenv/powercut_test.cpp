@@ -105,7 +105,8 @@ bool only_padding_missing(const Environment &environment)
     for (const std::string &text : environment) {
         end += text.size() + 1;
     }
-    return content != whole && std::equal(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(end), content.begin());
+    return content != whole &&
+           std::equal(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(end), content.begin());
 }
 
 void report(const char *what, int points, const std::map<std::string, int> &results)
@@ -188,8 +189,8 @@ TEST(PowerCut, EraseUpToTheMarkIsTakenForTheOwnEnvironment)
     old_one.push_back("HV=0");
     const Image image = image_of(old_one);
     constexpr std::string_view mark = "HV=0";
-    const auto mark_place = static_cast<std::size_t>(
-        std::search(image.begin(), image.end(), mark.begin(), mark.end()) - image.begin());
+    const auto mark_place =
+        static_cast<std::size_t>(std::search(image.begin(), image.end(), mark.begin(), mark.end()) - image.begin());
     const Trial trial = save_of(old_one);
 
     int lost = 0;

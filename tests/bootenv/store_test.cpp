@@ -296,9 +296,10 @@ TEST(Bootenv, FirstBackupMarksTheEnvironmentAndMakesTheFolder)
 
     watch_operations();
     EXPECT_EQ(bootenv_backup(), 0);
-    EXPECT_THAT(names(stop_watching()), ElementsAre("open /dev/flash_env", "geometry of /dev/flash_env",
-        "read /dev/flash_env", "close /dev/flash_env", "open /mnt/flash/bkp/env", "read /mnt/flash/bkp/env",
-        "close /mnt/flash/bkp/env")) << "in step: only looked at";
+    EXPECT_THAT(names(stop_watching()),
+        ElementsAre("open /dev/flash_env", "geometry of /dev/flash_env", "read /dev/flash_env", "close /dev/flash_env",
+            "open /mnt/flash/bkp/env", "read /mnt/flash/bkp/env", "close /mnt/flash/bkp/env"))
+        << "in step: only looked at";
 }
 
 TEST(Bootenv, BackupThatDiffersFromTheOwnEnvironmentIsMadeAnew)
