@@ -42,26 +42,33 @@ struct Chip {
     std::int32_t modids() const noexcept { return load(region, layout::subunit_modids, unit, index); }
     bool owns(int modid) const noexcept
     {
-        const std::int64_t first = first_modid();
-        return modid >= first && modid < first + modids();
+        const std::int32_t first = first_modid();
+        const std::int32_t count = modids();
+        return modid >= first && count > 0 &&
+               static_cast<std::uint32_t>(modid) - static_cast<std::uint32_t>(first) <
+                   static_cast<std::uint32_t>(count);
     }
     explicit operator bool() const noexcept { return region != nullptr; }
 };
 
 // How many chips of a unit a walk visits.
-int chips_of_model(const std::uint8_t * /*region*/, int unit) noexcept
-{
-    return unit_record(static_cast<std::uint32_t>(unit)).local_units;
-}
+struct ChipsOfModel {
+    int operator()(const std::uint8_t *region, int unit) const noexcept
+    {
+        return model_record(load(region, layout::hardware_model, unit)).local_units;
+    }
+};
 
-int chips_reported(const std::uint8_t *region, int unit) noexcept
-{
-    return std::min(load(region, layout::unit_subunits, unit), static_cast<std::int32_t>(layout::max_subunits));
-}
+struct ChipsReported {
+    int operator()(const std::uint8_t *region, int unit) const noexcept
+    {
+        return std::min(load(region, layout::unit_subunits, unit), static_cast<std::int32_t>(layout::max_subunits));
+    }
+};
 
 // The first chip of the present units that fits, by unit and then by index.
-template<typename Count, typename Fits>
-Chip find_chip(Count count, Fits fits) noexcept
+template<typename Chips, typename Fits>
+Chip find_chip(Chips chips_of, Fits fits) noexcept
 {
     const std::uint8_t *const region = status_base();
     if (region == nullptr) {
@@ -71,7 +78,7 @@ Chip find_chip(Count count, Fits fits) noexcept
         if (load(region, layout::unit_present, unit) == 0) {
             continue;
         }
-        const int chips = count(region, unit);
+        const int chips = chips_of(region, unit);
         for (int index = 0; index < chips; ++index) {
             const Chip chip{region, unit, index};
             if (fits(chip)) {
@@ -84,12 +91,12 @@ Chip find_chip(Count count, Fits fits) noexcept
 
 Chip owner_of(int modid) noexcept
 {
-    return find_chip(chips_of_model, [modid](const Chip &chip) { return chip.owns(modid); });
+    return find_chip(ChipsOfModel{}, [modid](const Chip &chip) { return chip.owns(modid); });
 }
 
 Chip chip_of(int punit) noexcept
 {
-    return find_chip(chips_of_model, [punit](const Chip &chip) { return chip.physical_unit() == punit; });
+    return find_chip(ChipsOfModel{}, [punit](const Chip &chip) { return chip.physical_unit() == punit; });
 }
 
 constexpr int ports_of_first_modid = 32;
@@ -168,7 +175,7 @@ int status_modid_port_to_phys_unit_port(int modid, int port, int *punit, int *pp
 
 int status_phys_unit_port_to_modid_port(int punit, int pport, int *modid, int *port) noexcept
 {
-    const Chip chip = find_chip(chips_reported, [punit](const Chip &each) { return each.physical_unit() == punit; });
+    const Chip chip = find_chip(ChipsReported{}, [punit](const Chip &each) { return each.physical_unit() == punit; });
     if (!chip || modid == nullptr || port == nullptr) {
         return -1;
     }

@@ -91,20 +91,9 @@ ModulePlace find_module(int module) noexcept
     return 0;
 }
 
-} // namespace
-
-int user_to_chip_port(int unit, int user_port, int &module, int &chip_port) noexcept
+// What is no front port of a unit.
+[[gnu::cold]] int other_port_to_chip(int unit, int user_port, int &module, int &chip_port) noexcept
 {
-    // The front ports first: every port operation of the daemons comes through here.
-    if (is_unit(unit) && is_user_port(user_port)) [[likely]] {
-        const Layout layout = layout_of[model_number(unit)];
-        if (layout == Layout::none) {
-            return result::invalid_unit_or_port;
-        }
-        module = module_of(unit, 0);
-        chip_port = chip_port_of(layout, user_port);
-        return 0;
-    }
     if (user_port >= CFG_PORT_CHANNEL_FIRST && user_port <= CFG_PORT_CHANNEL_LAST) {
         module = unit; // callers pass port-channels through unlooked at, with whatever stands for their unit
         chip_port = user_port;
@@ -126,6 +115,28 @@ int user_to_chip_port(int unit, int user_port, int &module, int &chip_port) noex
     module = module_of(unit, 0);
     chip_port = chip_port_of(layout, user_port);
     return 0;
+}
+
+// Every port operation of the daemons comes through here: the front ports first, without a call.
+[[gnu::always_inline]] inline int to_chip_port(int unit, int user_port, int &module, int &chip_port) noexcept
+{
+    if (!is_unit(unit) || !is_user_port(user_port)) [[unlikely]] {
+        return other_port_to_chip(unit, user_port, module, chip_port);
+    }
+    const Layout layout = layout_of[model_number(unit)];
+    if (layout == Layout::none) [[unlikely]] {
+        return result::invalid_unit_or_port;
+    }
+    module = module_of(unit, 0);
+    chip_port = chip_port_of(layout, user_port);
+    return 0;
+}
+
+} // namespace
+
+int user_to_chip_port(int unit, int user_port, int &module, int &chip_port) noexcept
+{
+    return to_chip_port(unit, user_port, module, chip_port);
 }
 
 int chip_to_user_port(int module, int chip_port, int &unit, int &user_port) noexcept
@@ -161,7 +172,7 @@ int cfg_equip_user_to_phys_port_tq5200(int unit, int user_port, int *module, int
     if (module == nullptr || phys_port == nullptr) {
         return result::invalid_parameter;
     }
-    return user_to_chip_port(unit, user_port, *module, *phys_port);
+    return to_chip_port(unit, user_port, *module, *phys_port);
 }
 
 int cfg_equip_phys_to_user_unit_tq5200(int module, int *unit) noexcept

@@ -1,13 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
-// Range checks that explain themselves in the error message.
+// Checks of what a user typed; those of numbers explain themselves in the error message.
 #include <switchcfg/error.h>
+#include <switchcfg/ports.h>
 
+#include "equip/unit_words.h"
+
+#include <array>
 #include <bit>
+#include <cstddef>
+#include <cstdint>
 
 namespace {
 
+using namespace switchcfg;
+using result::invalid_parameter;
+using result::invalid_unit_or_port;
+
 constexpr int out_of_limits = -6;
-constexpr int invalid_parameter = -7;
 
 // Sums of what a user typed and a step may leave the range of int; the message then shows the wrapped number.
 constexpr int wrapping_sum(int a, int b) noexcept
@@ -51,4 +60,34 @@ int cfg_error_granularity(const char *what, int value, int step, int min, int ma
     (void)cfg_error_set_msg(
         "The %s must be multiple of %d. Use %d or %d", what, step, lower, wrapping_sum(lower, step));
     return invalid_parameter;
+}
+
+int cfg_error_valid_unit_pbmp(int unit, const std::uint32_t *pbmp) noexcept
+{
+    // A unit whose chip has reported counts before it has joined the stack.
+    if (!is_unit(unit) || (!is_present(unit) && status_word(status_layout::subunit_mark, unit, 0) == 0)) {
+        return invalid_unit_or_port;
+    }
+    std::uint32_t given = 0;
+    for (int word = 0; word < CFG_PBMP_WORDS; ++word) {
+        given |= pbmp[word];
+    }
+    if (given == 0) {
+        return invalid_unit_or_port;
+    }
+    std::array<std::uint32_t, CFG_PBMP_WORDS> valid{};
+    const int known = cfg_equip_get_slot_pbmp_tq5200(unit, valid.data());
+    if (known < 0) {
+        return known;
+    }
+    std::uint32_t beyond = 0;
+    for (std::size_t word = 0; word < valid.size(); ++word) {
+        beyond |= pbmp[word] & ~valid[word];
+    }
+    return beyond == 0 ? 0 : invalid_unit_or_port;
+}
+
+int cfg_error_complete_group_pbmp(int /*unit*/, ...) noexcept
+{
+    return 0; // no board of this family has ports that are configured in groups only
 }

@@ -52,9 +52,8 @@ void print_status(const NorFlash &flash, bool as_json)
     }
     std::printf("%s: NOR, %u bytes, erase blocks of %u, pages of %u, through %s\n", flash_device_path,
         state.geometry.size, state.geometry.block, state.geometry.page, mechanism);
-    std::printf("power %s, %llu operations: %llu blocks erased, %llu pages programmed\n",
-        flash.powered() ? "on" : "off", static_cast<unsigned long long>(flash.operations()),
-        static_cast<unsigned long long>(state.erases), static_cast<unsigned long long>(state.programs));
+    std::printf("power %s, %u operations: %u blocks erased, %u pages programmed\n", flash.powered() ? "on" : "off",
+        flash.operations(), state.erases, state.programs);
     if (state.erase_fails_in != 0) {
         std::printf("fails: erase %u from now\n", state.erase_fails_in);
     }

@@ -130,7 +130,7 @@ bool takes_mode(int flags) noexcept
 
 } // namespace
 
-// NOLINTBEGIN(cert-dcl50-cpp): the signatures are the C library's.
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name): the C library's names are reserved to it.
 
 #define INTERPOSE_OPEN(name)                                                                                           \
     INTERPOSED int name(const char *path, int flags, ...)                                                              \
@@ -279,4 +279,4 @@ INTERPOSED int ioctl(int fd, unsigned long request, ...) noexcept
                              : REAL(ioctl)(fd, request, argument);
 }
 
-// NOLINTEND(cert-dcl50-cpp)
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)

@@ -32,8 +32,8 @@ struct FlashState {
     FlashMechanism mechanism;
     FlashGeometry geometry;
     pthread_mutex_t lock;
-    std::uint64_t erases; // asked for since the device was made, failed ones included
-    std::uint64_t programs;
+    std::uint32_t erases; // asked for since the device was made, failed ones included
+    std::uint32_t programs;
     std::uint32_t powered;
     std::uint32_t erase_fails_in; // 1 is the next one, 0 none
     std::uint32_t program_fails_in;
@@ -65,7 +65,7 @@ class NorFlash {
     void power_off() noexcept;
     void power_on() noexcept; // and forgets every fault not yet due
     bool powered() const noexcept { return load(state_->powered) != 0; }
-    std::uint64_t operations() const noexcept { return load(state_->erases) + load(state_->programs); }
+    std::uint32_t operations() const noexcept { return load(state_->erases) + load(state_->programs); }
     void rot(std::uint32_t offset, unsigned bit) noexcept; // flips the bit
 
     const FlashState &state() const noexcept { return *state_; }

@@ -117,6 +117,21 @@ SWITCHCFG_API int cfg_error_power_of_2(const char *what, int value, int min, int
  */
 SWITCHCFG_API int cfg_error_granularity(const char *what, int value, int step, int min, int max) SWITCHCFG_NOEXCEPT;
 
+/**
+ * Check that a set of user ports makes sense on a unit: the unit is there, the set is not empty, and the unit has every
+ * port of it.
+ * @param pbmp port p is bit p % 32 of word p / 32
+ * @return 0; -3 when not; the error of cfg_equip_get_slot_pbmp_tq5200() when the ports of the unit are not known
+ */
+SWITCHCFG_API int cfg_error_valid_unit_pbmp(int unit, const uint32_t pbmp[8]) SWITCHCFG_NOEXCEPT;
+
+/**
+ * Check that a set of user ports of a unit consists of whole groups, on boards that have such groups. None has, so it
+ * accepts everything; it is here for the callers.
+ * @return 0
+ */
+SWITCHCFG_API int cfg_error_complete_group_pbmp(int unit, ...) SWITCHCFG_NOEXCEPT;
+
 SWITCHCFG_END_DECLS
 
 #endif

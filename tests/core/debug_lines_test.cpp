@@ -2,6 +2,7 @@
 #include <switchcfg/debug.h>
 #include <switchcfg/locks.h>
 
+#include "support/file_text.h"
 #include "support/peer.h"
 
 #include <array>
@@ -11,7 +12,6 @@
 #include <fcntl.h>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <poll.h>
 #include <string>
 #include <sys/ioctl.h>
@@ -22,6 +22,7 @@
 
 namespace {
 
+using switchcfg::testing::file_text;
 using switchcfg::testing::Link;
 using switchcfg::testing::Peer;
 
@@ -77,12 +78,6 @@ class Terminal {
     int slave_ = -1;
 };
 
-std::string list()
-{
-    std::ifstream in{list_path};
-    return {std::istreambuf_iterator<char>{in}, {}};
-}
-
 class DebugLines : public ::testing::Test {
   protected:
     DebugLines() { cfg_lock_table[CFG_LOCK_DEBUGS].fd = lock_create(cfg_lock_table[CFG_LOCK_DEBUGS].path); }
@@ -119,10 +114,10 @@ TEST_F(DebugLines, ListIsTextAndGoesWithItsLastTerminal)
     EXPECT_EQ(debug_terminal_enable(one.path(), 3), 0);
     EXPECT_EQ(debug_terminal_enable(one.path(), 2147483647), 0);
     EXPECT_EQ(debug_terminal_enable(one.path(), 3), 0);
-    EXPECT_EQ(list(), "# kept\n/dev/pts/9999 1,x,2\n" + path + " 2147483647,3\n");
+    EXPECT_EQ(file_text(list_path), "# kept\n/dev/pts/9999 1,x,2\n" + path + " 2147483647,3\n");
     EXPECT_EQ(debug_terminal_disable("/dev/pts/9999", 2), 0);
     EXPECT_EQ(debug_terminal_disable(one.path(), DEBUG_CLASS_ALL), 0);
-    EXPECT_EQ(list(), "# kept\n/dev/pts/9999 1\n");
+    EXPECT_EQ(file_text(list_path), "# kept\n/dev/pts/9999 1\n");
 
     std::ofstream{list_path} << path << " 3\n";
     EXPECT_EQ(debug_terminal_disable(one.path(), 3), 0);
@@ -178,9 +173,7 @@ TEST_F(DebugLines, NothingElseThanALivingTerminalIsWrittenTo)
     debug_process(1, "line");
     EXPECT_EQ(errno, ENOTBLK);
     EXPECT_EQ(stays.shown(), "line\r\n");
-    std::string precious;
-    std::ifstream{"/tmp/precious"} >> precious;
-    EXPECT_EQ(precious, "precious");
+    EXPECT_EQ(file_text("/tmp/precious"), "precious");
 }
 
 TEST_F(DebugLines, TerminalThatTakesNoMoreIsPassedOver)

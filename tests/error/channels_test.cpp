@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <switchcfg/error.h>
 
-#include <climits>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <string>
@@ -107,56 +106,6 @@ TEST_F(WarningChannel, IsClearedByNullEmptyAndDisabling)
     cfg_set_warning_msg_enable(1);
     cfg_warning_set_msg("warning");
     EXPECT_STREQ(cfg_warning_get_msg(), "warning\n") << "not a repeat of what was cleared";
-}
-
-struct Check {
-    int value, step, min, max;
-    int result;
-    const char *message; // what is left in the channel, "" for nothing
-};
-
-TEST_F(ErrorChannel, PowerOfTwoRecommendsItsNeighbours)
-{
-    const Check checks[] = {
-        {48, 0, 16, 256, -7, "The buffer size must be power of 2. Use 32 or 64"},
-        {64, 0, 16, 256, 0, ""},
-        {16, 0, 16, 256, 0, ""},
-        {256, 0, 16, 256, 0, ""},
-        {15, 0, 16, 256, -6, ""},
-        {257, 0, 16, 256, -6, ""},
-        {1, 0, 0, 8, 0, ""},
-        {0, 0, 0, 8, -7, ""},   // no power of two below, nothing to recommend
-        {-8, 0, -9, 7, -7, ""}, // and no end to the search either
-        {9, 0, 0, 20, -7, "The buffer size must be power of 2. Use 10 or 20"}, // an odd maximum recommends its like
-        {1 << 30, 0, 0, INT_MAX, 0, ""},
-        {INT_MAX, 0, 0, INT_MAX, -7, "The buffer size must be power of 2. Use 2147483647 or -2"},
-    };
-    for (const Check &check : checks) {
-        cfg_error_set_msg("%s", "");
-        EXPECT_EQ(cfg_error_power_of_2("buffer", check.value, check.min, check.max), check.result) << check.value;
-        EXPECT_STREQ(cfg_error_get_msg(), check.message);
-    }
-}
-
-TEST_F(ErrorChannel, GranularityRecommendsItsNeighbours)
-{
-    const Check checks[] = {
-        {25, 10, 10, 1000, -7, "The aging-time must be multiple of 10. Use 20 or 30"},
-        {20, 10, 10, 1000, 0, ""},
-        {9, 10, 10, 1000, -6, ""},
-        {1001, 10, 10, 1000, -6, ""},
-        {25, 0, 10, 1000, -7, ""},
-        {5, 0, 10, 1000, -6, ""}, // the range comes first
-        {-25, 10, -100, 100, -7, "The aging-time must be multiple of 10. Use -20 or -10"},
-        {25, -10, 0, 100, -7, "The aging-time must be multiple of -10. Use 20 or 10"},
-        {INT_MIN, -1, INT_MIN, 0, 0, ""},
-        {INT_MAX, 10, 0, INT_MAX, -7, "The aging-time must be multiple of 10. Use 2147483640 or -2147483646"},
-    };
-    for (const Check &check : checks) {
-        cfg_error_set_msg("%s", "");
-        EXPECT_EQ(cfg_error_granularity("aging-time", check.value, check.step, check.min, check.max), check.result);
-        EXPECT_STREQ(cfg_error_get_msg(), check.message);
-    }
 }
 
 } // namespace

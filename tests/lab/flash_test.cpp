@@ -24,8 +24,8 @@ namespace {
 using ::testing::Each;
 using ::testing::HasSubstr;
 
-constexpr std::size_t device_size = 64 * 1024;
-constexpr std::size_t block_size = 16 * 1024;
+constexpr std::size_t device_size = 65536;
+constexpr std::size_t block_size = 16384;
 constexpr std::size_t page_size = 256;
 constexpr std::size_t pages = device_size / page_size;
 constexpr std::size_t blocks = device_size / block_size;

@@ -41,7 +41,7 @@ Program::~Program()
     ::close(output_);
 }
 
-std::string Program::line()
+std::string Program::line() const
 {
     std::string text;
     char byte = 0;
@@ -51,7 +51,7 @@ std::string Program::line()
     return text;
 }
 
-std::string Program::rest()
+std::string Program::rest() const
 {
     std::string text;
     char chunk[4096];

@@ -20,8 +20,8 @@ class Program {
     Program &operator=(const Program &) = delete;
 
     pid_t pid() const { return pid_; }
-    std::string line();         // the next line of output, without its end
-    std::string rest();         // until every process that holds the output is gone
+    std::string line() const;   // the next line of output, without its end
+    std::string rest() const;   // until every process that holds the output is gone
     int exit_status();          // as a shell shows it
     int send(int signal) const; // kill()'s result
 

@@ -1,17 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <switchcfg/debug.h>
 
+#include "support/file_text.h"
 #include "support/peer.h"
 
 #include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
-#include <fstream>
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -19,6 +18,7 @@
 
 namespace {
 
+using switchcfg::testing::file_text;
 using switchcfg::testing::Link;
 using switchcfg::testing::Peer;
 using ::testing::EndsWith;
@@ -97,10 +97,8 @@ TEST(DebugTrace, FileIsAppendedToAndNeverMistakenForAnother)
     });
     EXPECT_TRUE(written.empty());
     errors_of("/tmp/trace", [] { trace("third"); });
-    std::ifstream in{"/tmp/trace"};
-    const std::string lines{std::istreambuf_iterator<char>{in}, {}};
-    EXPECT_THAT(lines, MatchesRegex(".* first\n.* second\n.* third\n"));
-    EXPECT_EQ(std::ifstream{"/tmp/other"}.peek(), std::ifstream::traits_type::eof());
+    EXPECT_THAT(file_text("/tmp/trace"), MatchesRegex(".* first\n.* second\n.* third\n"));
+    EXPECT_EQ(file_text("/tmp/other"), "");
 }
 
 } // namespace

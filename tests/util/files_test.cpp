@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <switchcfg/files.h>
 
+#include "support/file_text.h"
+
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
-#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <string>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -17,12 +17,6 @@
 namespace {
 
 constexpr char path[] = "/tmp/file_of_this_test";
-
-std::string content()
-{
-    std::ifstream in{path};
-    return {std::istreambuf_iterator<char>{in}, {}};
-}
 
 TEST(Files, WrittenFileHasExactlyTheBuffer)
 {
@@ -37,7 +31,7 @@ TEST(Files, WrittenFileHasExactlyTheBuffer)
     ASSERT_EQ(::stat(path, &info), 0);
     EXPECT_EQ(info.st_mode & 07777, 0644U);
     ASSERT_EQ(file_write(path, "short", 5), 0);
-    EXPECT_EQ(content(), "short");
+    EXPECT_EQ(switchcfg::testing::file_text(path), "short");
     const int fd = ::open(path, O_RDONLY);
     EXPECT_EQ(fd_size(fd), 5);
     EXPECT_EQ(file_write(path, nullptr, 0), 0);

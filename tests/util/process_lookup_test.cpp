@@ -152,19 +152,31 @@ TEST(ProcessLookup, FiveHundredProcessesWhileOthersComeAndGo)
         }
     }};
     ASSERT_TRUE(churn.await());
-    std::vector<std::unique_ptr<Peer>> crowd;
-    std::vector<int> pids;
+    int told[2];
+    ASSERT_EQ(::pipe(told), 0);
+    std::vector<int> expected;
     for (int i = 0; i < 500; ++i) {
-        crowd.push_back(named("one of many"));
-        pids.push_back(crowd.back()->pid());
+        const pid_t child = ::fork();
+        if (child == 0) {
+            ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+            ::prctl(PR_SET_NAME, "one of many");
+            ::_exit(::write(told[1], "", 1) == 1 ? ::pause() : 1);
+        }
+        ASSERT_GT(child, 0);
+        char byte = 0;
+        ASSERT_EQ(::read(told[0], &byte, 1), 1);
+        expected.push_back(child);
     }
-    std::vector<int> expected = pids;
     expected.push_back(0);
     for (int round = 0; round < 5; ++round) {
         EXPECT_THAT(entries(pid_by_name("one of many")), ::testing::UnorderedElementsAreArray(expected));
         EXPECT_EQ(file_is_open("/tmp/nobody has this open"), 0);
     }
     EXPECT_EQ(killall("one of many", SIGKILL), 500);
+    expected.pop_back();
+    for (const int pid : expected) {
+        ::waitpid(pid, nullptr, 0);
+    }
 }
 
 TEST(ProcessLookup, ListsEndAtTheFirstEntryThatIsNoProcess)

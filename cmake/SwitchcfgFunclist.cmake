@@ -1,0 +1,13 @@
+# SPDX-License-Identifier: Apache-2.0
+# libswitchcfg-funclist: ordinary C++, with the run-time that libswitchcfg does without.
+
+set_target_properties(switchcfg-funclist PROPERTIES
+    VERSION ${PROJECT_VERSION}
+    SOVERSION ${PROJECT_VERSION_MAJOR}
+    EXPORT_NAME funclist
+    LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/libswitchcfg-funclist.map)
+target_link_libraries(switchcfg-funclist PRIVATE $<BUILD_INTERFACE:switchcfg-settings> PUBLIC switchcfg)
+target_compile_options(switchcfg-funclist PRIVATE -fno-semantic-interposition -ffunction-sections -fdata-sections)
+target_link_options(switchcfg-funclist PRIVATE
+    -Wl,--no-undefined -Wl,--gc-sections -Wl,--as-needed
+    -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/libswitchcfg-funclist.map)
