@@ -11,6 +11,7 @@ namespace switchcfg::tool {
 void add_init_command(CLI::App &app);
 void add_config_commands(CLI::App &app);
 void add_lock_commands(CLI::App &app);
+void add_env_commands(CLI::App &app);
 void add_error_command(CLI::App &app);
 
 } // namespace switchcfg::tool

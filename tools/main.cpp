@@ -23,6 +23,7 @@ int main(int argc, char **argv)
     add_init_command(app);
     add_config_commands(app);
     add_lock_commands(app);
+    add_env_commands(app);
     add_error_command(app);
 
     try {

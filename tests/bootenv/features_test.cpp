@@ -110,8 +110,8 @@ TEST(Features, HardwareKeepsWhatItHasAndSaysWhatItDrops)
             combinations.emplace_back(poe, mpls);
             const Reduced reduced = reduce(3, all);
             EXPECT_EQ(reduced.bitmap, (poe ? 0x1F800U : 0U) | (mpls ? 4U : 0U) | 2U | (l3 ? 1U : 0U));
-            EXPECT_EQ(reduced.said, (poe ? "" : "POE" + refused) + (mpls ? "" : "MPLS" + refused) +
-                                        (l3 ? "" : "L3" + refused));
+            EXPECT_EQ(reduced.said,
+                (poe ? "" : "POE" + refused) + (mpls ? "" : "MPLS" + refused) + (l3 ? "" : "L3" + refused));
         }
     }
     EXPECT_THAT(combinations, Contains(std::pair(true, false)));

@@ -65,7 +65,10 @@ TEST_F(Reader, ReadsWhatWeSave)
         ::testing::UnorderedElementsAre("HV=0", "bootcmd=bootm 0xe8000000", "bootargs=root=/dev/mtd2 rw", "FBMP=5"));
 
     // The same up to the last byte that an environment can have.
-    const std::string fill(BOOTENV_VARIABLES_SIZE - std::string{"HV=0 bootcmd=bootm 0xe8000000 bootargs=root=/dev/mtd2 rw FBMP=5 x= "}.size(), 'f');
+    const std::string fill(
+        BOOTENV_VARIABLES_SIZE -
+            std::string{"HV=0 bootcmd=bootm 0xe8000000 bootargs=root=/dev/mtd2 rw FBMP=5 x= "}.size(),
+        'f');
     ASSERT_EQ(bootenv_set("x", fill.c_str()), 0);
     ASSERT_EQ(bootenv_set("y", ""), -1);
     ASSERT_EQ(bootenv_grava(), 0);
@@ -88,7 +91,8 @@ TEST_F(Reader, WritesWhatWeRead)
     take_back();
     EXPECT_TRUE(checksum_holds(flash().copy()));
     ASSERT_EQ(start_switch(), 0);
-    EXPECT_THAT(environment(), ::testing::UnorderedElementsAre("HV=0", "serverip=10.0.0.1", "FBMP=1", "bootargs=a=b c"));
+    EXPECT_THAT(
+        environment(), ::testing::UnorderedElementsAre("HV=0", "serverip=10.0.0.1", "FBMP=1", "bootargs=a=b c"));
 
     // It leaves old bytes behind the end when an environment shrinks. They count as texts here, and go with the next
     // change unless they look like a variable.
