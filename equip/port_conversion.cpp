@@ -80,14 +80,10 @@ ModulePlace find_module(int module) noexcept
 [[gnu::always_inline]] inline int to_local_user_port(int phys_port, int unit, int &user_port) noexcept
 {
     const Layout layout = layout_of[model_number(unit)];
-    if (static_cast<unsigned>(phys_port) < static_cast<unsigned>(chip_port_limit)) {
-        user_port = port_map(layout).to_user[static_cast<std::size_t>(phys_port)];
-        return 0;
-    }
-    if (layout == Layout::c48) {
+    if (layout == Layout::c48 && !is_front_chip_port(phys_port)) {
         return result::invalid_unit_or_port;
     }
-    user_port = static_cast<int>(static_cast<unsigned>(phys_port) - first_front_chip_port);
+    user_port = user_port_of(layout, phys_port);
     return 0;
 }
 

@@ -151,6 +151,20 @@ constexpr int chip_port_of(Layout layout, int user_port) noexcept
     return static_cast<int>(static_cast<unsigned>(user_port) + first_front_chip_port);
 }
 
+constexpr bool is_front_chip_port(int chip_port) noexcept
+{
+    return static_cast<unsigned>(chip_port) < static_cast<unsigned>(chip_port_limit);
+}
+
+// The other way round.
+constexpr int user_port_of(Layout layout, int chip_port) noexcept
+{
+    if (is_front_chip_port(chip_port)) {
+        return port_map(layout).to_user[static_cast<std::size_t>(chip_port)];
+    }
+    return static_cast<int>(static_cast<unsigned>(chip_port) - first_front_chip_port);
+}
+
 } // namespace switchcfg
 
 #endif

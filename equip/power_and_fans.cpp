@@ -66,7 +66,7 @@ int cfg_get_equip_fan_present_tq5200(int unit, int fan) noexcept
     if (!is_unit(unit)) {
         return result::invalid_parameter;
     }
-    const int last = last_fan[model_number(unit)];
+    const std::int8_t last = last_fan[model_number(unit)];
     if (last == unknown) {
         return result::unknown;
     }
@@ -75,6 +75,6 @@ int cfg_get_equip_fan_present_tq5200(int unit, int fan) noexcept
 
 int cfg_equip_get_max_num_fans_tq5200() noexcept
 {
-    const int last = last_fan[model_number(0)];
+    const std::int8_t last = last_fan[model_number(0)];
     return last == unknown ? result::unknown : last + 1;
 }

@@ -60,8 +60,11 @@ std::string models_table()
             out << +facts.cages << (facts.cage == Cage::xx ? " XFP" : " SFP+");
         }
         out << " | " << (record.stack_ports != 0 ? std::to_string(record.stack_ports) : "") << " | " << record.chipset
-            << " | " << (facts.layer == Layer::l2 ? "L2" : facts.layer == Layer::l3 ? "L3" : "MPLS") << " | "
-            << record.int_memory_l2 << " | " << record.int_memory_l3 << " | ";
+            << " | "
+            << (facts.layer == Layer::l2      ? "L2"
+                   : facts.layer == Layer::l3 ? "L3"
+                                              : "MPLS")
+            << " | " << record.int_memory_l2 << " | " << record.int_memory_l3 << " | ";
         if (record.power_input_names[0] != nullptr) {
             out << record.power_input_names[0] << ", " << record.power_input_names[1];
         }

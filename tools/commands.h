@@ -12,7 +12,14 @@ void add_init_command(CLI::App &app);
 void add_config_commands(CLI::App &app);
 void add_lock_commands(CLI::App &app);
 void add_env_commands(CLI::App &app);
+void add_log_commands(CLI::App &app);
+void add_request_command(CLI::App &app);
 void add_error_command(CLI::App &app);
+void add_units_command(CLI::App &app);
+void add_status_commands(CLI::App &app);
+void add_equip_commands(CLI::App &app);
+void add_stack_commands(CLI::App &app);
+void add_ports_commands(CLI::App &app);
 
 } // namespace switchcfg::tool
 

@@ -24,7 +24,14 @@ int main(int argc, char **argv)
     add_config_commands(app);
     add_lock_commands(app);
     add_env_commands(app);
+    add_log_commands(app);
+    add_request_command(app);
     add_error_command(app);
+    add_units_command(app);
+    add_status_commands(app);
+    add_equip_commands(app);
+    add_stack_commands(app);
+    add_ports_commands(app);
 
     try {
         app.parse(argc, argv);

@@ -70,7 +70,7 @@ struct Captured {
         }
         read_end.reset(ends[0]);
         write_end.reset(ends[1]);
-        return above_standard(read_end) && above_standard(write_end) && text.make_room();
+        return above_standard(read_end) && above_standard(write_end);
     }
 
     // False on failure. At the end of the output the text goes to the caller.

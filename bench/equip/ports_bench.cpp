@@ -36,7 +36,7 @@ std::uint8_t *stack()
 
 // What the answer cannot do without: the unit's model and module, and one table.
 std::uint8_t *floor_region;
-std::array<std::array<std::int8_t, 64>, 128> floor_table;
+std::array<std::array<std::uint8_t, 64>, 128> floor_table;
 
 [[gnu::noinline]] int to_chip_floor(int u, int port, int *module, int *phys_port)
 {

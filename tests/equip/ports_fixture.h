@@ -26,7 +26,7 @@ class PortsTest : public ::testing::Test {
     PortsTest()
     {
         // The region lands in the hole between two guards: the reservation lay in the highest hole that takes it.
-        constexpr std::size_t guard = 16 * 4096;
+        constexpr std::size_t guard = 65536;
         constexpr std::size_t region = (status_layout::size + 4095U) & ~std::size_t{4095};
         auto *const reserved = static_cast<std::uint8_t *>(
             ::mmap(nullptr, region + 2 * guard, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
