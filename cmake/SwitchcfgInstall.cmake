@@ -4,10 +4,12 @@
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/switchcfg)
 
 install(TARGETS switchcfg switchcfg-headers EXPORT switchcfg-targets)
+set(funclist_headers ${SWITCHCFG_FUNCLIST_HEADERS})
+list(TRANSFORM funclist_headers PREPEND "PATTERN;")
+set(no_funclist_headers ${SWITCHCFG_FUNCLIST_HEADERS})
+list(TRANSFORM no_funclist_headers REPLACE "(.+)" "PATTERN;\\1;EXCLUDE")
 install(DIRECTORY include/switchcfg DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
-    FILES_MATCHING PATTERN "*.h"
-    PATTERN "funclist*.h" EXCLUDE
-    PATTERN "mpls_print.h" EXCLUDE)
+    FILES_MATCHING PATTERN "*.h" ${no_funclist_headers})
 install(EXPORT switchcfg-targets NAMESPACE switchcfg:: DESTINATION ${package_dir})
 
 configure_package_config_file(cmake/switchcfgConfig.cmake.in ${PROJECT_BINARY_DIR}/switchcfgConfig.cmake
@@ -18,13 +20,16 @@ install(FILES
     ${PROJECT_BINARY_DIR}/switchcfgConfigVersion.cmake
     DESTINATION ${package_dir})
 
+# The pkg-config files find their prefix from where they lie, so an installed tree can be moved.
+file(RELATIVE_PATH pc_prefix /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
+string(REGEX REPLACE "/$" "" pc_prefix "${pc_prefix}")
 configure_file(cmake/switchcfg.pc.in ${PROJECT_BINARY_DIR}/switchcfg.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/switchcfg.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
 if(SWITCHCFG_BUILD_FUNCLIST)
     install(TARGETS switchcfg-funclist EXPORT switchcfg-funclist-targets)
     install(DIRECTORY include/switchcfg DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
-        FILES_MATCHING PATTERN "funclist*.h" PATTERN "mpls_print.h")
+        FILES_MATCHING ${funclist_headers})
     install(EXPORT switchcfg-funclist-targets NAMESPACE switchcfg:: DESTINATION ${package_dir})
     configure_file(cmake/switchcfg-funclist.pc.in ${PROJECT_BINARY_DIR}/switchcfg-funclist.pc @ONLY)
     install(FILES ${PROJECT_BINARY_DIR}/switchcfg-funclist.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

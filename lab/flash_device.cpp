@@ -50,12 +50,14 @@ void make_files(const FlashRequest &request, FlashMechanism mechanism)
     }
 }
 
-// Beside the program in a build folder, or where it is installed.
+// Beside the program in a build folder, in the library folder where it is installed.
 std::string preload_library()
 {
     std::error_code ignored;
-    const fs::path beside = fs::read_symlink("/proc/self/exe", ignored).parent_path() / SWITCHLAB_PRELOAD_NAME;
-    return fs::exists(beside, ignored) ? beside.string() : SWITCHLAB_PRELOAD_INSTALLED;
+    const fs::path folder = fs::read_symlink("/proc/self/exe", ignored).parent_path();
+    const fs::path beside = folder / SWITCHLAB_PRELOAD_NAME;
+    return fs::exists(beside, ignored) ? beside.string()
+                                       : (folder / SWITCHLAB_PRELOAD_INSTALLED).lexically_normal().string();
 }
 
 void add_to_environment(const char *name, const std::string &value, char separator)
@@ -65,9 +67,8 @@ void add_to_environment(const char *name, const std::string &value, char separat
     ::setenv(name, all.c_str(), 1);
 }
 
-void preload_into_command()
+void preload_into_command(const std::string &library)
 {
-    const std::string library = preload_library();
     if (::access(library.c_str(), R_OK) != 0) {
         throw refusal("access", library, "the flash device needs this library where FUSE cannot be used");
     }
@@ -81,8 +82,9 @@ void preload_into_command()
 
 } // namespace
 
-void prepare_flash_image(FlashRequest &request)
+void prepare_flash(FlashRequest &request)
 {
+    request.library = preload_library();
     request.geometry.size = request.size.value_or(request.geometry.size);
     if (!request.image.empty()) {
         request.image = fs::absolute(request.image).lexically_normal().string();
@@ -125,7 +127,7 @@ void start_flash_device(const FlashRequest &request)
     if (connection) {
         start_flash_fuse(std::move(connection));
     } else {
-        preload_into_command();
+        preload_into_command(request.library);
     }
 }
 

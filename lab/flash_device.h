@@ -15,11 +15,12 @@ struct FlashRequest {
     std::string image; // where the content outlives the lab; empty: it does not
     std::optional<std::uint32_t> size;
     FlashGeometry geometry;
+    std::string library;                     // what is preloaded where FUSE cannot be used
     std::optional<FlashMechanism> mechanism; // none: FUSE when the kernel lets us, else the preloaded library
 };
 
-// Outside the lab: completes the request (size and absolute path) and makes sure that the image file is there.
-void prepare_flash_image(FlashRequest &request);
+// Outside the lab: completes the request (size and absolute paths) and makes sure that the image file is there.
+void prepare_flash(FlashRequest &request);
 
 // In the first process of the lab, with the folders in place: makes the device and starts what serves it. Sets the
 // environment of the command where the mechanism needs it.

@@ -99,6 +99,9 @@ class FirstProcess {
         if (!request.flash.image.empty()) {
             kept_.keep(request.flash.image);
         }
+        if (request.flash.wanted) {
+            kept_.keep_if_possible(std::filesystem::path{request.flash.library}.parent_path().string());
+        }
         if (!current_folder_.empty()) {
             kept_.keep_if_possible(current_folder_);
         }
@@ -192,7 +195,7 @@ try {
     const uid_t uid = ::geteuid();
     const gid_t gid = ::getegid();
     if (request.flash.wanted) {
-        prepare_flash_image(request.flash);
+        prepare_flash(request.flash);
     }
     const SignalRelay signals;
     FirstProcess first{request, signals};

@@ -7,55 +7,63 @@
 #include "tools/models.h"
 #include "tools/output.h"
 
-#include <cstdio>
-#include <map>
+#include <algorithm>
 #include <memory>
-#include <optional>
+#include <span>
 #include <switchcfg/equip.h>
 #include <switchcfg/status.h>
 
 namespace switchcfg::tool {
 namespace {
 
-enum class Uplink { any, none, gc, xx, xs, stacking };
+// One choice of an option, and whether a model is so.
+struct Choice {
+    const char *name;
+    bool (*takes)(const ModelFacts &facts);
+};
+
+constexpr Choice kinds[] = {
+    {"fibre", [](const ModelFacts &facts) { return facts.front == Front::gx; }},
+    {"copper", [](const ModelFacts &facts) { return facts.front == Front::gt; }},
+    {"poe", [](const ModelFacts &facts) { return facts.front == Front::gp; }},
+};
+constexpr Choice uplinks[] = {
+    {"combo", [](const ModelFacts &facts) { return facts.combo_ports != 0; }},
+    {"xfp", [](const ModelFacts &facts) { return facts.cage == Cage::xx; }},
+    {"sfp+", [](const ModelFacts &facts) { return facts.cage == Cage::xs; }},
+    {"stacking", [](const ModelFacts &facts) { return facts.stacks(); }},
+    {"none", [](const ModelFacts &facts) { return facts.cages == 0 && !facts.stacks(); }},
+};
+constexpr Choice layers[] = {
+    {"L2", [](const ModelFacts &facts) { return facts.layer == Layer::l2; }},
+    {"L3", [](const ModelFacts &facts) { return facts.layer == Layer::l3; }},
+    {"MPLS", [](const ModelFacts &facts) { return facts.layer == Layer::mpls; }},
+};
 
 struct Filter {
-    std::optional<Front> kind;
-    Uplink uplink = Uplink::any;
-    std::optional<Layer> layer;
+    std::string kind;
+    std::string uplink;
+    std::string layer;
     bool poe = false;
     int ports = 0;
 
     bool takes(const ModelFacts &facts) const
     {
-        return (!kind || facts.front == *kind) && has_uplink(facts) && (!layer || facts.layer == *layer) &&
+        return chosen(kinds, kind, facts) && chosen(uplinks, uplink, facts) && chosen(layers, layer, facts) &&
                (!poe || facts.poe()) && (ports == 0 || facts.user_ports() == ports);
     }
 
   private:
-    bool has_uplink(const ModelFacts &facts) const
+    static bool chosen(std::span<const Choice> choices, const std::string &name, const ModelFacts &facts)
     {
-        switch (uplink) {
-        case Uplink::any:
-            return true;
-        case Uplink::none:
-            return facts.cages == 0 && !facts.stacks();
-        case Uplink::gc:
-            return facts.combo_ports != 0;
-        case Uplink::xx:
-            return facts.cage == Cage::xx;
-        case Uplink::xs:
-            return facts.cage == Cage::xs;
-        case Uplink::stacking:
-            return facts.stacks();
-        }
-        return false;
+        const auto choice = std::ranges::find(choices, name, [](const Choice &each) { return std::string{each.name}; });
+        return choice == choices.end() || choice->takes(facts);
     }
 };
 
 const char *kind_name(Front front)
 {
-    return front == Front::gx ? "fibre" : front == Front::gt ? "copper" : "copper, PoE";
+    return front == Front::gx ? "fibre" : front == Front::gt ? "copper" : "poe";
 }
 
 const char *layer_name(Layer layer)
@@ -131,10 +139,12 @@ void show_unit(int unit)
     show(model);
 }
 
-template<typename Value>
-auto choice(const std::map<std::string, Value> &names)
+void add_choice(
+    CLI::App &command, const char *option, std::string &name, const char *about, std::span<const Choice> choices)
 {
-    return CLI::CheckedTransformer(names, CLI::ignore_case);
+    std::vector<std::string> names;
+    std::ranges::transform(choices, std::back_inserter(names), &Choice::name);
+    command.add_option(option, name, about)->transform(CLI::IsMember(names, CLI::ignore_case));
 }
 
 } // namespace
@@ -146,14 +156,9 @@ void add_equip_commands(CLI::App &app)
 
     auto filter = std::make_shared<Filter>();
     auto *models = equip->add_subcommand("models", "List the models");
-    models->add_option("--kind", filter->kind, "Front ports: fibre, copper, poe")
-        ->transform(choice<Front>({{"fibre", Front::gx}, {"copper", Front::gt}, {"poe", Front::gp}}));
-    models->add_option("--uplink", filter->uplink, "Has: combo, xfp, sfp+, stacking; or none beyond combo")
-        ->transform(choice<Uplink>(
-            {{"combo", Uplink::gc}, {"gc", Uplink::gc}, {"xfp", Uplink::xx}, {"xx", Uplink::xx}, {"sfp+", Uplink::xs},
-                {"xs", Uplink::xs}, {"stacking", Uplink::stacking}, {"s", Uplink::stacking}, {"none", Uplink::none}}));
-    models->add_option("--layer", filter->layer, "L2, L3, MPLS")
-        ->transform(choice<Layer>({{"l2", Layer::l2}, {"l3", Layer::l3}, {"mpls", Layer::mpls}}));
+    add_choice(*models, "--kind", filter->kind, "What the front ports are", kinds);
+    add_choice(*models, "--uplink", filter->uplink, "An uplink that the model has; none beyond combo ports", uplinks);
+    add_choice(*models, "--layer", filter->layer, "What the switch chip runs", layers);
     models->add_flag("--poe", filter->poe, "Powers devices");
     models->add_option("--ports", filter->ports, "User ports: 24, 26, 28, 48, 50, 52");
     models->callback([filter] { list_models(*filter); });
@@ -169,7 +174,7 @@ void add_equip_commands(CLI::App &app)
         } else if (unit_option->count() != 0) {
             show_unit(*unit);
         } else {
-            throw Failure{"name a unit, or a model with --model"};
+            throw CLI::RequiredError{"unit or --model"};
         }
     });
 }

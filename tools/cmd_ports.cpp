@@ -34,9 +34,9 @@ void print_table(const UnitPorts &unit)
     std::cout << panel_title(unit) << ", model " << unit.model << '\n';
     Table table{{"PORT", "ON BOX", "KIND", "SPEED", "MODULE", "CHIP PORT", "LED", "TRANSCEIVER", "STACKING"}};
     for (const PortFacts &port : unit.ports) {
-        table.add({std::to_string(port.port), std::to_string(port.front_label()), kind_text(port),
-            speed_text(port.speed), text_of(port.module), text_of(port.chip_port), text_of(port.led),
-            port.cage ? transceiver_text(port) : "-", text_of(port.stacking_id)});
+        table.add({std::to_string(port.port), std::to_string(port.front_label()), kind_text(port), speed_text(port),
+            text_of(port.module), text_of(port.chip_port), text_of(port.led), port.cage ? transceiver_text(port) : "-",
+            text_of(port.stacking_id)});
     }
     table.print();
 }
@@ -117,7 +117,7 @@ const char *yes_no(bool value)
 
 void print_record(const Json &record)
 {
-    Table table{{}};
+    Table table{{"FIELD", "VALUE"}};
     for (const auto &[key, value] : record.items()) {
         const std::string text = value.is_boolean()  ? yes_no(value.get<bool>())
                                  : value.is_null()   ? "-"

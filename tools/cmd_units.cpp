@@ -68,9 +68,15 @@ void print_units(bool all)
         const int ports = cfg_equip_get_user_eth_ports(number);
         const int stack_ports = cfg_equip_get_stack_ports(number);
         const std::int32_t chip = load(region, layout::subunit_physical_unit, unit, 0);
-        table.add({std::to_string(unit), state.state(), std::to_string(state.model), name, std::to_string(ports),
-            std::to_string(stack_ports), std::to_string(status_get_hw_version(unit)), mac, std::to_string(chip),
-            modids_of(region, unit), state.provisioned != 0 ? model_name_of(state.provisioned, unit) : ""});
+        std::vector<std::string> cells{std::to_string(unit), state.state()};
+        if (state.present || state.model != 0) {
+            cells.insert(cells.end(),
+                {std::to_string(state.model), name, std::to_string(ports), std::to_string(stack_ports),
+                    std::to_string(status_get_hw_version(unit)), mac, std::to_string(chip), modids_of(region, unit)});
+        }
+        cells.resize(10);
+        cells.push_back(state.provisioned != 0 ? model_name_of(state.provisioned, unit) : "");
+        table.add(std::move(cells));
         json.push_back({{"unit", unit}, {"present", state.present}, {"logically_removed", state.removed},
             {"model", state.model}, {"name", name}, {"ports", ports}, {"stack_ports", stack_ports},
             {"hardware_version", status_get_hw_version(unit)}, {"mac", mac}, {"physical_unit", chip},

@@ -2,6 +2,7 @@
 // switchcfg: what a process of the switch sees, and how to change it.
 #include "tools/commands.h"
 #include "tools/failure.h"
+#include "tools/long_output.h"
 #include "tools/output.h"
 
 #include <exception>
@@ -32,9 +33,21 @@ int main(int argc, char **argv)
     add_equip_commands(app);
     add_stack_commands(app);
     add_ports_commands(app);
+    add_process_commands(app);
+    add_pm_commands(app);
+    add_address_commands(app);
+
+    LongOutput output{app};
+    app.parse_complete_callback([&] { output.begin(); });
 
     try {
-        app.parse(argc, argv);
+        try {
+            app.parse(argc, argv);
+        } catch (...) {
+            output.finish(); // what there is comes before the reason why there is no more
+            throw;
+        }
+        output.finish();
         return 0;
     } catch (const CLI::Success &request) {
         return app.exit(request);

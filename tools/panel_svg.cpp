@@ -3,7 +3,7 @@
 #include "tools/front_panel.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <sstream>
 
 namespace switchcfg::tool {
 namespace {
@@ -80,17 +80,33 @@ std::string escaped(const std::string &text)
     return out;
 }
 
-template<typename... Value>
-void add(std::string &out, const char *format, Value... value)
-{
-    char line[512];
-    std::snprintf(line, sizeof line, format, value...);
-    out += line;
-}
+// Writes elements; attributes are name="value" pairs in front of what they belong to.
+class Drawing {
+  public:
+    struct Box {
+        int x, y, width, height;
+    };
+
+    void rect(const Box &box, int radius, const char *fill, const std::string &more = "")
+    {
+        out_ << "<rect x=\"" << box.x << "\" y=\"" << box.y << "\" width=\"" << box.width << "\" height=\""
+             << box.height << "\" rx=\"" << radius << "\" fill=\"" << fill << '"' << more << "/>\n";
+    }
+    void text(int x, int y, const std::string &content, const std::string &more = "")
+    {
+        out_ << "<text x=\"" << x << "\" y=\"" << y << '"' << more << '>' << escaped(content) << "</text>\n";
+    }
+    void raw(const std::string &markup) { out_ << markup << '\n'; }
+    std::string str() const { return out_.str(); }
+
+  private:
+    std::ostringstream out_;
+};
 
 std::string tooltip(const PortFacts &port)
 {
-    std::string text = "Port " + std::to_string(port.port) + ": " + kind_text(port) + ", " + speed_text(port.speed);
+    std::string text =
+        "Port " + std::to_string(port.port) + ": " + kind_text(port) + (port.speed ? ", " + speed_text(port) : "");
     if (port.chip_port) {
         text += ", module " + std::to_string(*port.module) + " chip port " + std::to_string(*port.chip_port);
     }
@@ -100,28 +116,23 @@ std::string tooltip(const PortFacts &port)
     return text;
 }
 
-// A socket opens towards the middle of the panel, so the upper row stands on its head.
-void add_opening(std::string &out, const PanelBlock &block, const PanelCell &cell, int x, int y)
+// The latch of a socket points to the middle of the panel, so the upper row stands on its head.
+void add_opening(Drawing &drawing, const PanelBlock &block, const PanelCell &cell, int x, int y)
 {
     const Size size = size_of(block.opening);
     const char *const colour = colour_of(cell.port->kind);
-    const char *const fill = cell.filled ? colour : "#14171a";
-    const char *const opacity = cell.unused ? "0.4" : "1";
-    out += "<g><title>" + escaped(tooltip(*cell.port)) + "</title>";
+    const std::string opacity = cell.unused ? " opacity=\"0.4\"" : "";
+    drawing.raw("<g><title>" + escaped(tooltip(*cell.port)) + "</title>");
+    drawing.rect({x, y, size.width, size.height}, 3, cell.filled ? colour : "#14171a",
+        std::string{" stroke=\""} + colour + '"' + opacity);
     if (block.opening == Opening::socket) {
-        const int notch = cell.row == 0 ? y + size.height - 5 : y;
-        add(out, R"(<rect x="%d" y="%d" width="%d" height="%d" rx="2" fill="%s" stroke="%s" opacity="%s"/>)", x, y,
-            size.width, size.height, fill, colour, opacity);
-        add(out, R"(<rect x="%d" y="%d" width="10" height="5" fill="%s" opacity="%s"/>)", x + size.width / 2 - 5, notch,
-            colour, opacity);
-    } else {
-        add(out, R"(<rect x="%d" y="%d" width="%d" height="%d" rx="3" fill="%s" stroke="%s"/>)", x, y, size.width,
-            size.height, fill, colour);
+        constexpr Size latch{10, 5};
+        const int latch_y = cell.row == 0 ? y + size.height - latch.height : y;
+        drawing.rect({x + (size.width - latch.width) / 2, latch_y, latch.width, latch.height}, 0, colour, opacity);
     }
-    const int text_y = cell.row == 0 ? y - 4 : y + size.height + 11;
-    add(out, R"(<text x="%d" y="%d" text-anchor="middle">%s</text></g>)", x + size.width / 2, text_y,
-        cell_label(cell).c_str());
-    out += "\n";
+    drawing.text(
+        x + size.width / 2, cell.row == 0 ? y - 4 : y + size.height + 11, cell_label(cell), " text-anchor=\"middle\"");
+    drawing.raw("</g>");
 }
 
 constexpr int width_of(const PanelBlock &block)
@@ -151,27 +162,23 @@ std::string panel_as_svg(const UnitPorts &unit)
     const int rows_top = margin + 2 * title_height;
     const int height = rows_top + 2 * row_height + legend_height + margin;
 
-    std::string out;
-    add(out, R"(<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 %d %d" width="%d" height="%d" role="img")", width,
-        height, width, height);
-    out += R"( font-family="sans-serif" font-size="10" fill="#e8e8e8" aria-label=")" + escaped(panel_title(unit)) +
-           "\">\n";
-    add(out, R"(<rect x="1" y="1" width="%d" height="%d" rx="8" fill="#2a2f36" stroke="#0c0e10" stroke-width="2"/>)",
-        width - 2, height - 2);
-    out += "\n";
-    add(out, R"(<text x="%d" y="%d" font-size="14">)", margin, margin + 12);
-    out += escaped(panel_title(unit)) + "</text>\n";
+    const std::string size_text = std::to_string(width) + ' ' + std::to_string(height);
+    Drawing drawing;
+    drawing.raw("<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 " + size_text + "\" width=\"" +
+                std::to_string(width) + "\" height=\"" + std::to_string(height) +
+                "\" role=\"img\" font-family=\"sans-serif\" font-size=\"10\" fill=\"#e8e8e8\" aria-label=\"" +
+                escaped(panel_title(unit)) + "\">");
+    drawing.rect({1, 1, width - 2, height - 2}, 8, "#2a2f36", " stroke=\"#0c0e10\" stroke-width=\"2\"");
+    drawing.text(margin, margin + 12, panel_title(unit), " font-size=\"14\"");
 
     int x = margin;
     for (const PanelBlock &block : blocks) {
-        add(out, R"(<text x="%d" y="%d" font-size="11" fill="#9aa4b0">%s</text>)", x, margin + title_height + 12,
-            block.title.c_str());
-        out += "\n";
+        drawing.text(x, margin + title_height + 12, block.title, " font-size=\"11\" fill=\"#9aa4b0\"");
         const Size size = size_of(block.opening);
         for (const PanelCell &cell : block.cells) {
             // The rows lean against each other, with the numbers outside.
             const int y = cell.row == 0 ? rows_top + row_height - size.height - 2 : rows_top + row_height + 2;
-            add_opening(out, block, cell, x + cell.column * (size.width + column_gap), y);
+            add_opening(drawing, block, cell, x + cell.column * (size.width + column_gap), y);
         }
         x += width_of(block) + block_gap;
     }
@@ -179,12 +186,12 @@ std::string panel_as_svg(const UnitPorts &unit)
     x = margin;
     const int legend_y = rows_top + 2 * row_height + 14;
     for (const PortKind kind : kinds) {
-        add(out, R"(<rect x="%d" y="%d" width="10" height="10" rx="2" fill="%s"/><text x="%d" y="%d">%s</text>)", x,
-            legend_y, colour_of(kind), x + 15, legend_y + 9, kind_name(kind));
-        out += "\n";
+        drawing.rect({x, legend_y, 10, 10}, 2, colour_of(kind));
+        drawing.text(x + 15, legend_y + 9, kind_name(kind));
         x += legend_entry_width;
     }
-    return out + "</svg>\n";
+    drawing.raw("</svg>");
+    return drawing.str();
 }
 
 } // namespace switchcfg::tool

@@ -15,7 +15,8 @@ namespace switchcfg::tool {
 namespace {
 
 constexpr int lines_of_block = 4;
-constexpr int cell_width = 4; // a blank, two digits, a mark
+constexpr int wide_cell = 4;   // a blank, two digits, a mark
+constexpr int narrow_cell = 3; // without the blank
 constexpr int gap = 1;
 
 struct Frame {
@@ -57,14 +58,11 @@ std::string repeated(const char *text, int count)
     return all;
 }
 
-std::string cell_text(const PanelCell &cell, bool colour)
+std::string cell_text(const PanelCell &cell, int cell_width, bool colour)
 {
-    const std::string label = cell_label(cell);
-    const std::string text = std::string(static_cast<std::size_t>(3) - std::min<std::size_t>(3, label.size()), ' ') +
-                             label +
-                             (cell.filled      ? "*"
-                                 : cell.unused ? "-"
-                                               : " ");
+    std::string text = cell_label(cell);
+    text.insert(0, static_cast<std::size_t>(std::max(0, cell_width - 1 - static_cast<int>(text.size()))), ' ');
+    text += cell.filled ? '*' : cell.unused ? '-' : ' ';
     if (!colour) {
         return text;
     }
@@ -72,7 +70,7 @@ std::string cell_text(const PanelCell &cell, bool colour)
     return std::string{"\033["} + weight + colour_of(*cell.port) + "m" + text + "\033[0m";
 }
 
-DrawnBlock draw(const PanelBlock &block, const TextStyle &style)
+DrawnBlock draw(const PanelBlock &block, int cell_width, const TextStyle &style)
 {
     const Frame &frame = style.box_drawing ? drawn : ascii;
     const int inside = std::max(block.columns * cell_width, static_cast<int>(block.title.size()) + 2);
@@ -87,7 +85,7 @@ DrawnBlock draw(const PanelBlock &block, const TextStyle &style)
         for (const PanelCell &cell : block.cells) {
             if (cell.row == row) {
                 line.append(static_cast<std::size_t>(cell.column * cell_width - used), ' ');
-                line += cell_text(cell, style.colour);
+                line += cell_text(cell, cell_width, style.colour);
                 used = (cell.column + 1) * cell_width;
             }
         }
@@ -114,13 +112,15 @@ std::string panel_as_text(const UnitPorts &unit, const TextStyle &style)
 {
     std::string out = panel_title(unit) + "\n";
     const std::vector<PanelBlock> blocks = front_panel(unit);
+    const int most_columns = std::ranges::max(blocks, {}, &PanelBlock::columns).columns;
+    const int cell_width = most_columns * wide_cell + 2 <= style.width ? wide_cell : narrow_cell;
     bool any_filled = false;
     bool any_unused = false;
     for (auto block = blocks.begin(); block != blocks.end();) {
         std::array<std::string, lines_of_block> lines;
         int used = 0;
         do {
-            const DrawnBlock next = draw(*block, style);
+            const DrawnBlock next = draw(*block, cell_width, style);
             if (used != 0 && used + gap + next.width > style.width) {
                 break;
             }

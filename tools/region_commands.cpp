@@ -68,13 +68,22 @@ void print_fields(const RegionAccess &access)
     print(json, [&] { table.print(); });
 }
 
-void print_values(const std::uint8_t *region, const std::vector<Element> &elements)
+// Records that are longer than a line: a list shows their beginning, and only where something is set.
+constexpr std::uint32_t long_record = 64;
+
+enum class Values { whole, abridged };
+
+void print_values(const std::uint8_t *region, const std::vector<Element> &elements, Values how = Values::whole)
 {
     Json json = Json::object();
     Table table{{"FIELD", "VALUE"}};
     for (const Element &element : elements) {
         json[element.name] = json_value(region, element);
-        table.add({element.name, format_value(region, element)});
+        std::string value = format_value(region, element);
+        if (how == Values::abridged && value.size() > 2 * long_record) {
+            value = value.substr(0, 2 * long_record) + "... (" + std::to_string(element.size) + " bytes)";
+        }
+        table.add({element.name, std::move(value)});
     }
     print(json, [&] { table.print(); });
 }
@@ -89,12 +98,13 @@ void list(const RegionAccess &access, const std::string &prefix, bool all)
             continue;
         }
         for (Element &element : elements_of(field)) {
-            if (all || field.count() == 1 || !is_zero(region, element)) {
+            const bool scalar = field.count() == 1 && field.size <= long_record;
+            if (all || scalar || !is_zero(region, element)) {
                 shown.push_back(std::move(element));
             }
         }
     }
-    print_values(region, shown);
+    print_values(region, shown, Values::abridged);
 }
 
 void get(const RegionAccess &access, const Target &target)

@@ -50,7 +50,9 @@ PortFacts facts_of(const std::uint8_t *status, int unit, int port, std::optional
     PortFacts facts{};
     facts.port = port;
     facts.kind = stacking_id ? PortKind::stacking : kind_of(unit, port);
-    facts.speed = cfg_get_port_max_speed_tq5200_up(unit, port);
+    if (status_get_hw_model_num(unit) != 0) {
+        facts.speed = cfg_get_port_max_speed_tq5200_up(unit, port);
+    }
     int module = 0;
     int chip_port = 0;
     if (cfg_equip_user_to_phys_port_tq5200(unit, port, &module, &chip_port) == 0) {
@@ -122,9 +124,9 @@ std::string kind_text(const PortFacts &port)
     return port.kind == PortKind::combo ? name + (port.plugged ? ", fibre" : ", copper") : name;
 }
 
-std::string speed_text(int speed)
+std::string speed_text(const PortFacts &port)
 {
-    return std::to_string(speed / 1000) + "G";
+    return port.speed ? std::to_string(*port.speed / 1000) + "G" : "-";
 }
 
 std::string transceiver_text(const PortFacts &port)
@@ -139,7 +141,7 @@ Json to_json(const PortFacts &port)
         {"medium", port.copper_in_use()              ? "copper"
                    : port.kind == PortKind::stacking ? "stacking"
                                                      : "fibre"},
-        {"speed_mbps", port.speed}, {"module", or_null(port.module)}, {"chip_port", or_null(port.chip_port)},
+        {"speed_mbps", or_null(port.speed)}, {"module", or_null(port.module)}, {"chip_port", or_null(port.chip_port)},
         {"led", or_null(port.led)}, {"cage", port.cage}, {"plugged", port.plugged},
         {"stacking_id", or_null(port.stacking_id)}};
 }

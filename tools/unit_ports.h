@@ -16,7 +16,7 @@ enum class PortKind { copper, combo, sfp, xfp, sfp_plus, stacking };
 struct PortFacts {
     int port; // user port, from 0
     PortKind kind;
-    int speed; // Mbit/s
+    std::optional<int> speed; // Mbit/s; follows the board alone, so not known before it is there
     std::optional<int> module;
     std::optional<int> chip_port;
     std::optional<int> led; // known for unit 0 alone
@@ -42,7 +42,7 @@ UnitPorts ports_of(int unit);
 
 const char *kind_name(PortKind kind);
 std::string kind_text(const PortFacts &port);
-std::string speed_text(int speed);
+std::string speed_text(const PortFacts &port);
 std::string transceiver_text(const PortFacts &port);
 
 Json to_json(const PortFacts &port);

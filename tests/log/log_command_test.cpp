@@ -207,6 +207,7 @@ TEST(LogCommand, NothingLeaksOverManyCalls)
         loggers_finish_command(&command);
         ASSERT_EQ(loggers_send_command_ipv6("::1", 0, 9, 1, &command), -1018);
         ASSERT_EQ(loggers_send_command_ipv6("127.0.0.1", 0, 9, 1, &command), -1010);
+        ASSERT_EQ(logger_save("RAM_FILE", i % 2 == 0 ? "/tmp/saved" : "/no/such/file"), i % 2 == 0 ? 0 : -44);
     }
     EXPECT_EQ(open_descriptors(), before);
 }

@@ -177,6 +177,7 @@ TEST(LogMessage, FullBacklogIsWaitedForButNotForEver)
 
 TEST(LogMessage, NothingLeaksOverManyCalls)
 {
+    std::filesystem::create_directories("/mnt/flash/log");
     const int listener = socket_us_create(LOG_SOCKET_PATH);
     const std::string unlucky(65535, 'y');
     const int before = open_descriptors();
@@ -193,6 +194,9 @@ TEST(LogMessage, NothingLeaksOverManyCalls)
     ::unlink(LOG_SOCKET_PATH);
     for (int i = 0; i < 10000; ++i) {
         ASSERT_EQ(log_send_fac(1, 3, "message %d", i), -1018);
+        ASSERT_EQ(log_log_to_file("line"), 0);
+        char address[LOG_ADDRESS_TEXT_SIZE];
+        ASSERT_EQ(log_standardize_ip(i % 2 == 0 ? "::1" : "1.2.3.4.5", address), i % 2 == 0 ? 0 : -1022);
     }
     EXPECT_EQ(open_descriptors(), before);
     ::close(listener);

@@ -162,6 +162,8 @@ TEST(Loggerd, AnswersEveryCommand)
 {
     const Daemon daemon{loggerd};
     ASSERT_TRUE(daemon.ready());
+    EXPECT_EQ(Daemon{loggerd}.exit_status(), 1) << "one at a time, and the first keeps its socket";
+    EXPECT_EQ(log_send_fac(3, 2, "still here"), 0);
     std::string extra;
     EXPECT_EQ(result_of(LOGGERS_CMD_GET_ALL_DESTINATION, "", &extra), 0);
     ASSERT_EQ(extra.size(), 4 * 64U);

@@ -14,6 +14,7 @@
 #include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -124,11 +125,17 @@ TEST(Pager, WithoutProcessesTheTextIsDropped)
     // popen() needs a pipe: none is left when every descriptor is taken.
     pager_enable(1);
     pprintf("lost\n");
-    while (::dup(STDIN_FILENO) >= 0) {
+    std::vector<int> taken;
+    for (int fd = ::dup(STDIN_FILENO); fd >= 0; fd = ::dup(STDIN_FILENO)) {
+        taken.push_back(fd);
     }
     pager_finish();
-    EXPECT_EQ(pager_get_out(), nullptr);
+    const bool idle = pager_get_out() == nullptr;
     tail_printf("lost as well\n");
+    for (const int fd : taken) {
+        ::close(fd);
+    }
+    EXPECT_TRUE(idle);
 }
 
 TEST(Pager, ProgramThatEndsEarlyRaisesNothing)

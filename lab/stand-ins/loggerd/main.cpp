@@ -6,6 +6,7 @@
 
 #include <switchcfg/log.h>
 #include <switchcfg/log_store.h>
+#include <switchcfg/request_channel.h>
 #include <switchcfg/socket.h>
 
 #include <CLI/CLI.hpp>
@@ -15,6 +16,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <thread>
 #include <unistd.h>
 
@@ -32,7 +34,7 @@ void leave(int /*signal*/)
 } // namespace
 
 int main(int argc, char **argv)
-{
+try {
     CLI::App app{"The logging daemon of the lab"};
     Limits limits;
     int ready_fd = -1;
@@ -42,6 +44,12 @@ int main(int argc, char **argv)
     app.add_option("--ready-fd", ready_fd, "Descriptor that gets a byte once the daemon serves");
     CLI11_PARSE(app, argc, argv);
 
+    // The socket file of a daemon that runs must not be taken from it.
+    const int running = daemon_client_req_connect(LOG_CONTROL_PORT);
+    if (running >= 0) {
+        std::fprintf(stderr, "switchlab-loggerd: port %d is served already\n", LOG_CONTROL_PORT);
+        return EXIT_FAILURE;
+    }
     (void)std::signal(SIGPIPE, SIG_IGN);
     const int listener = socket_us_create(LOG_SOCKET_PATH);
     if (listener < 0) {
@@ -56,5 +64,8 @@ int main(int argc, char **argv)
     std::thread{[&] { take_messages(listener, journal); }}.detach();
     serve_commands(journal, ready_fd);
     std::fprintf(stderr, "switchlab-loggerd: cannot listen on port %d: %s\n", LOG_CONTROL_PORT, std::strerror(errno));
+    std::_Exit(EXIT_FAILURE);
+} catch (const std::exception &failure) {
+    (void)std::fprintf(stderr, "switchlab-loggerd: %s\n", failure.what());
     std::_Exit(EXIT_FAILURE);
 }
