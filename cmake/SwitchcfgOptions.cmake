@@ -6,6 +6,7 @@ option(SWITCHCFG_BUILD_TOOLS "Build switchcfg, the inspection and control comman
 option(SWITCHCFG_BUILD_LAB "Build switchlab, the switch on a workstation" ON)
 option(SWITCHCFG_BUILD_TESTS "Build the tests (run through switchlab)" ${PROJECT_IS_TOP_LEVEL})
 option(SWITCHCFG_BUILD_BENCH "Build the benchmarks" ${PROJECT_IS_TOP_LEVEL})
+option(SWITCHCFG_BUILD_FUZZ "Build the fuzz programs (needs clang)" OFF)
 option(SWITCHCFG_WERROR "Treat warnings as errors" OFF)
 set(SWITCHCFG_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
 
@@ -34,6 +35,7 @@ target_compile_options(switchcfg-settings INTERFACE
     $<$<BOOL:${SWITCHCFG_WERROR}>:-Werror>)
 if(SWITCHCFG_SANITIZE)
     target_compile_options(switchcfg-settings INTERFACE
-        -fsanitize=${SWITCHCFG_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+        -fsanitize=${SWITCHCFG_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer
+        -Wno-maybe-uninitialized) # the instrumentation hides from the compiler what is set
     target_link_options(switchcfg-settings INTERFACE -fsanitize=${SWITCHCFG_SANITIZE})
 endif()

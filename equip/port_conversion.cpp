@@ -33,8 +33,8 @@ bool has_port(const Field<Bytes<32>> &field, int unit, int module_index, int por
     return ((word >> (port % 32)) & 1U) != 0;
 }
 
-// The last one of the bitmap, where the status look-up takes the first: on chips with two processor ports the port
-// numbering stands for the one behind the chip's own, and callers compare against it.
+// The last one of the bitmap on purpose, where the status look-up takes the first: callers of the port numbering count
+// on the highest.
 int last_processor_port(int unit) noexcept
 {
     if (status_base() == nullptr) {
@@ -80,7 +80,7 @@ ModulePlace find_module(int module) noexcept
 [[gnu::always_inline]] inline int to_local_user_port(int phys_port, int unit, int &user_port) noexcept
 {
     const Layout layout = layout_of[model_number(unit)];
-    if (layout == Layout::c48 && !is_front_chip_port(phys_port)) {
+    if (!is_front_chip_port(phys_port) && layout == Layout::c48) [[unlikely]] {
         return result::invalid_unit_or_port;
     }
     user_port = user_port_of(layout, phys_port);

@@ -8,8 +8,8 @@
 namespace switchcfg {
 namespace {
 
-// Stacking port 1. The one below it is stacking port 2: the higher socket comes first, so that a chain of units is
-// cabled from the upper right to the lower left.
+// Stacking port 1. The one below it is stacking port 2: the order is what makes the higher port the first, and the
+// cabling of existing stacks goes by it.
 constexpr int none = -1;
 // clang-format off
 constexpr PerModel<std::int8_t> first_stacking_port{none, {

@@ -80,11 +80,15 @@ static_assert(extremes([](const auto &record) { return record.fpga_num_ports; })
 
 // The table is read in place by daemons and copied into programs that are not position independent: its layout is part
 // of the interface.
-static_assert(offsetof(cfg_equip_record, eth_outband_ifaces_num) == 3 * sizeof(char *));
-static_assert(offsetof(cfg_equip_record, has_rpu_support) == 3 * sizeof(char *) + 70 * 4);
-static_assert(offsetof(cfg_equip_record, has_media_manual_control) == 3 * sizeof(char *) + 71 * 4);
-static_assert(offsetof(cfg_equip_record, power_input_names) == 3 * sizeof(char *) + 134 * 4);
-static_assert(sizeof(cfg_equip_record) == 5 * sizeof(char *) + 138 * 4);
+constexpr std::size_t place_behind(std::size_t pointers, std::size_t words)
+{
+    return pointers * sizeof(char *) + words * sizeof(std::int32_t);
+}
+static_assert(offsetof(cfg_equip_record, eth_outband_ifaces_num) == place_behind(3, 0));
+static_assert(offsetof(cfg_equip_record, has_rpu_support) == place_behind(3, 70));
+static_assert(offsetof(cfg_equip_record, has_media_manual_control) == place_behind(3, 71));
+static_assert(offsetof(cfg_equip_record, power_input_names) == place_behind(3, 134));
+static_assert(sizeof(cfg_equip_record) == place_behind(5, 138));
 
 } // namespace
 } // namespace switchcfg

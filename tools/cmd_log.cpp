@@ -4,6 +4,7 @@
 #include "tools/failure.h"
 #include "tools/log_names.h"
 #include "tools/log_stores.h"
+#include "tools/long_output.h"
 #include "tools/output.h"
 
 #include <iostream>
@@ -11,7 +12,6 @@
 #include <sstream>
 #include <string>
 #include <switchcfg/log.h>
-#include <switchcfg/pager.h>
 #include <unistd.h>
 #include <vector>
 
@@ -57,12 +57,9 @@ void show(const std::string &store, const std::string &match)
 {
     const std::vector<std::string> lines = lines_with(fetch_store(store), match);
     print(Json{{"store", log_store_by_name(store)}, {"lines", lines}}, [&] {
-        pager_enable(::isatty(STDOUT_FILENO));
         for (const std::string &line : lines) {
-            (void)pprintf("%s\n", line.c_str());
+            std::cout << line << '\n';
         }
-        pager_finish();
-        (void)std::fflush(stdout);
     });
 }
 
@@ -78,6 +75,7 @@ std::string_view news(std::string_view before, std::string_view now)
 void follow(const std::string &store, double interval_s, unsigned count)
 {
     std::string before = fetch_store(store);
+    print_as_it_happens();
     for (unsigned printed = 0; count == 0 || printed < count;) {
         (void)::usleep(static_cast<useconds_t>(interval_s * 1e6));
         std::string now = fetch_store(store);

@@ -121,7 +121,10 @@ void print_dump(const Bytes &bytes)
             hex += pair;
             text += std::isprint(bytes[i]) != 0 ? static_cast<char>(bytes[i]) : '.';
         }
-        std::printf("%08zx  %-48s %s\n", line, hex.c_str(), text.c_str());
+        hex.resize(48, ' ');
+        char place[17];
+        (void)std::snprintf(place, sizeof place, "%08zx", line);
+        std::cout << place << "  " << hex << ' ' << text << '\n';
     }
 }
 

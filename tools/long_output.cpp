@@ -13,6 +13,8 @@
 namespace switchcfg::tool {
 namespace {
 
+LongOutput *current = nullptr;
+
 // Rows of the terminal that standard output is; 0 when it is none.
 int screen_rows()
 {
@@ -42,8 +44,16 @@ bool is_plain(const std::string &word)
 
 } // namespace
 
+void print_as_it_happens()
+{
+    if (current != nullptr) {
+        current->release();
+    }
+}
+
 LongOutput::LongOutput(CLI::App &app)
 {
+    current = this;
     auto *group = app.add_option_group("Output", "Where what is printed goes");
     group->add_flag("--no-pager", no_pager_, "Never stop at each screen, as a terminal does that is too small");
     auto *grep = group->add_option("--grep", pattern_, "Only lines that match this pattern of grep");
@@ -55,6 +65,7 @@ LongOutput::LongOutput(CLI::App &app)
 
 LongOutput::~LongOutput()
 {
+    current = nullptr;
     if (straight_ != nullptr) {
         std::cout.rdbuf(straight_);
     }
@@ -77,6 +88,15 @@ void LongOutput::begin()
     }
     if (!upload_.empty() || !pattern_.empty() || lines_ > 0 || (screen_rows() > 0 && !no_pager_)) {
         straight_ = std::cout.rdbuf(held_.rdbuf());
+    }
+}
+
+void LongOutput::release()
+{
+    if (straight_ != nullptr) {
+        std::cout.rdbuf(straight_);
+        straight_ = nullptr;
+        std::cout << held_.str() << std::flush;
     }
 }
 

@@ -11,6 +11,9 @@
 
 namespace switchcfg::tool {
 
+// For a sub-command without an end: what it prints goes straight out from now on.
+void print_as_it_happens();
+
 class LongOutput {
   public:
     explicit LongOutput(CLI::App &app); // adds the options
@@ -23,6 +26,7 @@ class LongOutput {
     void begin();
     // Sends it on its way.
     void finish();
+    void release(); // what was held back and what follows goes straight out
 
   private:
     void show(const std::string &text) const;

@@ -80,8 +80,9 @@ void print_values(const std::uint8_t *region, const std::vector<Element> &elemen
     for (const Element &element : elements) {
         json[element.name] = json_value(region, element);
         std::string value = format_value(region, element);
-        if (how == Values::abridged && value.size() > 2 * long_record) {
-            value = value.substr(0, 2 * long_record) + "... (" + std::to_string(element.size) + " bytes)";
+        constexpr std::size_t shown = std::size_t{2} * long_record;
+        if (how == Values::abridged && value.size() > shown) {
+            value = value.substr(0, shown) + "... (" + std::to_string(element.size) + " bytes)";
         }
         table.add({element.name, std::move(value)});
     }

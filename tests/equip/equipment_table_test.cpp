@@ -2,8 +2,9 @@
 #include "ports_fixture.h"
 
 #include <bit>
-#include <regex>
+#include <span>
 #include <string>
+#include <utility>
 
 namespace switchcfg::testing {
 namespace {
@@ -22,14 +23,35 @@ struct Named {
     bool dc = false;
 };
 
-Named parse(const std::string &name)
+Named parse(std::string name)
 {
-    static const std::regex pattern{
-        R"(ETH(20|24|44)(GX|GT|GP)(?:\+(4)GC)?(?:\+([24])(XX|XS))?(\+S)?\+(L2|L3|MPLS)( \(DC\))?)"};
-    std::smatch part;
-    EXPECT_TRUE(std::regex_match(name, part, pattern)) << name;
-    const auto number = [&](std::size_t i) { return part[i].matched ? std::stoi(part[i]) : 0; };
-    return {number(1), part[2], number(3), number(4), part[5], part[6].matched, part[7], part[8].matched};
+    Named named;
+    named.dc = name.ends_with(" (DC)");
+    name.resize(name.size() - (named.dc ? 5 : 0));
+    std::vector<std::string> groups;
+    for (std::size_t first = 0, end = 0; end < name.size(); first = end + 1) {
+        end = std::min(name.find('+', first), name.size());
+        groups.push_back(name.substr(first, end - first));
+    }
+    EXPECT_GE(groups.size(), 3U);
+    EXPECT_TRUE(groups.front().starts_with("ETH"));
+    named.front = std::stoi(groups.front().substr(3));
+    named.kind = groups.front().substr(5);
+    named.layer = groups.back();
+    for (const std::string &uplink : std::span{groups}.subspan(1, groups.size() - 2)) {
+        if (uplink == "S") {
+            EXPECT_FALSE(std::exchange(named.stacks, true));
+        } else if (uplink == "4GC") {
+            EXPECT_EQ(std::exchange(named.combo, 4), 0);
+        } else {
+            named.cage = uplink.substr(1);
+            EXPECT_EQ(std::exchange(named.cages, std::stoi(uplink)), 0);
+            EXPECT_TRUE(named.cage == "XX" || named.cage == "XS") << uplink;
+        }
+    }
+    EXPECT_TRUE(named.front == 24 ? named.kind == "GX" : named.kind == "GT" || named.kind == "GP");
+    EXPECT_TRUE(named.layer == "L2" || named.layer == "L3" || named.layer == "MPLS");
+    return named;
 }
 
 int bits_of(const std::uint32_t (&bitmap)[CFG_PBMP_WORDS])
