@@ -19,6 +19,7 @@ inline constexpr Dimension per_address{3, 17};
 inline constexpr Dimension per_sntp_key{3, 56};
 
 // clang-format off
+inline constexpr Field<std::uint8_t>  trap_link_enable{"trap.link_enable", 13865, "link up and down are sent for the port", {8, 52}, {52, 1}};
 inline constexpr Field<std::uint8_t>  trap_enable{"trap.enable", 14281, "notification is sent, by trap identifier", {136, 1}};
 inline constexpr Field<Bytes<41>>     trap_port_enable{"trap.port_enable", 14417, "notifications that also need the port's leave, by unit and port", per_unit_of_ports, per_port_record};
 
@@ -34,6 +35,9 @@ inline constexpr Field<Text<17>>      sntp_key_server_text{"sntp.key.server_text
 inline constexpr Field<Bytes<17>>     sntp_key_server{"sntp.key.server", 41935, "bound server: 16 address bytes and their length", per_sntp_key};
 inline constexpr Field<std::uint32_t> sntp_server_state{"sntp.server_state", 42064, "two words per server, cleared and moved with it", {3, 8}, {2, 4}};
 
+// Ports of the two services whose illegal accesses are told apart; the words are unaligned on purpose.
+inline constexpr Field<std::uint32_t> service_port{"service.port", 57829, "port number of a web service", {2, 5}};
+
 inline constexpr Field<std::int32_t>  utc_offset_minutes{"time.utc_offset_minutes", 10547940, "minutes ahead of UTC"};
 
 // Free space that we use, in the last pages of the region: nothing else is known to lie near. Zero is the default.
@@ -44,6 +48,7 @@ inline constexpr Field<std::int32_t>  stack_failover{"stack.failover", 21701888,
 // clang-format on
 
 inline constexpr FieldInfo fields[] = {
+    trap_link_enable,
     trap_enable,
     trap_port_enable,
     sntp_enable,
@@ -57,6 +62,7 @@ inline constexpr FieldInfo fields[] = {
     sntp_key_server_text,
     sntp_key_server,
     sntp_server_state,
+    service_port,
     utc_offset_minutes,
     unit_provisioned_model,
     port_channel,

@@ -51,9 +51,10 @@ alignas(16) char guard_stack[32 * 1024];
 void on_failed_report(int signo)
 {
     if (signo != SIGALRM && reporting_thread.load() != ::gettid()) {
-        for (;;) {
+        while (::tgkill(::getpid(), reporting_thread.load(), 0) == 0) {
             ::pause();
         }
+        die_of(signo); // a child that the hook forked: its reporter is not in this process
     }
     die_of(reported_signal.load());
 }

@@ -34,12 +34,17 @@ namespace {
 using switchcfg::Descriptor;
 using switchcfg::Malloced;
 
-void clear_extra_data(loggers_command &command) noexcept
+void clear_pointer(loggers_command &command) noexcept
 {
     command.extra_data = nullptr;
 #if UINTPTR_MAX != UINT32_MAX
     command.extra_data_slot = 0;
 #endif
+}
+
+void clear_extra_data(loggers_command &command) noexcept
+{
+    clear_pointer(command);
     command.element_count = 0;
     command.element_size = 0;
 }
@@ -98,11 +103,12 @@ int exchange(int connection, std::uint32_t timeout, loggers_command &command) no
         result = LOGGERS_ERR_SERVER_SEND;
     } else if (command.element_count != 0) {
         result = read_extra_data(fd.get(), timeout, command);
-    } else {
-        command.extra_data = nullptr; // whatever the reply had in its slot
     }
+    // Nothing of a failed reply may ever be freed, and a reply without elements has no data, whatever is in its slot.
     if (result != LOGGERS_RET_OK) {
-        clear_extra_data(command); // nothing of a failed reply may ever be freed
+        clear_extra_data(command);
+    } else if (command.element_count == 0) {
+        clear_pointer(command);
     }
     return result;
 }

@@ -88,7 +88,6 @@ int send_message(const char *category, int facility, int level, const char *form
     if (built != LOGGERS_RET_OK) {
         return built;
     }
-    errno = 0; // a send that takes nothing is a failure without a reason
     if (!hand_over(fd.get(), &header, sizeof header) || !hand_over(fd.get(), text.get(), header.text_length)) {
         leave_fallback_line(errno, text.get());
         return LOGGERS_ERR_SERVER_SEND;

@@ -13,6 +13,7 @@ void add_config_commands(CLI::App &app);
 void add_lock_commands(CLI::App &app);
 void add_env_commands(CLI::App &app);
 void add_log_commands(CLI::App &app);
+void add_trap_commands(CLI::App &app);
 void add_request_command(CLI::App &app);
 void add_error_command(CLI::App &app);
 void add_process_commands(CLI::App &app);

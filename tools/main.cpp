@@ -26,6 +26,7 @@ int main(int argc, char **argv)
     add_lock_commands(app);
     add_env_commands(app);
     add_log_commands(app);
+    add_trap_commands(app);
     add_request_command(app);
     add_error_command(app);
     add_units_command(app);

@@ -31,7 +31,10 @@ SWITCHCFG_BEGIN_DECLS
 /** What a program wants to do itself when it crashes; owned by the program, which may embed it at the start of its own.
  */
 struct cfg_crash_hook {
-    /** Runs first in the crash handler, on the crashed thread; null for nothing. */
+    /**
+     * Runs first in the crash handler, on the crashed thread; null for nothing. Its time counts towards
+     * CFG_CRASH_REPORT_SECONDS.
+     */
     void (*handler)(int signo, siginfo_t *info, void *ucontext);
 };
 

@@ -80,7 +80,7 @@ Reduced reduce(int unit, std::uint64_t bitmap)
 
 void set_model(int unit, int model)
 {
-    std::memcpy(status() + unit * 8000 + 1348, &model, sizeof model);
+    std::memcpy(status() + std::size_t{8000} * static_cast<unsigned>(unit) + 1348, &model, sizeof model);
 }
 
 // A model of the table with exactly these features, so that the test does not know the table by heart.

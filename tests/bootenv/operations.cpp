@@ -83,8 +83,8 @@ std::vector<Operation> stop_watching()
 
 using namespace switchcfg::testing;
 
-// NOLINTBEGIN(cert-dcl50-cpp): they have the forms of the functions they stand for
-// The program is built with hidden names; these have to be found in front of libc's.
+// NOLINTBEGIN(cert-dcl50-cpp, readability-inconsistent-declaration-parameter-name): they have the forms of the
+// functions they stand for The program is built with hidden names; these have to be found in front of libc's.
 #pragma GCC visibility push(default)
 extern "C" {
 
@@ -180,4 +180,4 @@ int mkdir(const char *path, mode_t mode) noexcept
 }
 }
 #pragma GCC visibility pop
-// NOLINTEND(cert-dcl50-cpp)
+// NOLINTEND(cert-dcl50-cpp, readability-inconsistent-declaration-parameter-name)

@@ -16,7 +16,6 @@ namespace switchcfg::testing {
 namespace {
 
 using ::testing::Contains;
-using ::testing::ElementsAre;
 using ::testing::Not;
 
 constexpr char image_path[] = "/tmp/image";

@@ -41,6 +41,7 @@ std::uint32_t shadow_length()
 std::vector<std::string> names(const std::vector<Operation> &operations)
 {
     std::vector<std::string> all;
+    all.reserve(operations.size());
     for (const Operation &operation : operations) {
         all.push_back(operation.name + (operation.bytes > 0 ? " " + std::to_string(operation.bytes) : ""));
     }

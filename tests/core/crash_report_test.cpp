@@ -192,6 +192,25 @@ TEST(CrashReport, FaultInsideTheHookStillEndsWithTheOriginalSignal)
         SIGABRT);
 }
 
+TEST(CrashReport, ChildOfTheHookThatCrashesEndsToo)
+{
+    static cfg_crash_hook hook{[](int, siginfo_t *, void *) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            std::abort();
+        }
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        vxlog(5, "the child ended by signal %d", WIFSIGNALED(status) ? WTERMSIG(status) : 0);
+    }};
+    EXPECT_EQ(signal_of([] {
+        cfg_init_generic(&hook);
+        fault_here(reinterpret_cast<int *>(0x18));
+    }),
+        SIGSEGV);
+    EXPECT_THAT(file_text(log_path), HasSubstr("the child ended by signal 6"));
+}
+
 TEST(CrashReport, LogFunctionThatCrashesOrHangsStillEndsWithTheOriginalSignal)
 {
     for (const LogMode mode : {LogMode::crashes, LogMode::hangs}) {

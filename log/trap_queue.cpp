@@ -1,0 +1,252 @@
+// SPDX-License-Identifier: Apache-2.0
+// The queue of pending traps. Entries stay valid whenever the process dies: a new trap is counted after it is in place,
+// and a move notes each step, so that the next process to take the lock finishes it.
+#include "log/trap_queue.h"
+
+#include "core/status_region.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <cstring>
+#include <pthread.h>
+#include <switchcfg/locks.h>
+
+namespace switchcfg {
+namespace {
+
+namespace layout = status_layout;
+
+constexpr int capacity = layout::trap_queue_length;
+constexpr std::size_t entry_size = layout::per_trap.stride;
+
+enum class Move : std::uint32_t {
+    to_back = 1, // a pending trap is raised again: it goes to the back
+    drop_oldest, // the queue is full
+    to_head,     // a start
+    take,        // the agent took the oldest entries
+};
+
+// Record locks exclude processes, not threads.
+pthread_mutex_t threads = PTHREAD_MUTEX_INITIALIZER;
+
+// What was written so far stands before what is written next, if the process dies in between.
+void settle() noexcept
+{
+    std::atomic_signal_fence(std::memory_order_seq_cst);
+}
+
+char *text_at(std::uint8_t *region, const Field<Text<512>> &field, int index = 0) noexcept
+{
+    return switchcfg::text(region, field, index);
+}
+
+void copy_entry(std::uint8_t *region, int from, int to) noexcept
+{
+    std::size_t size = entry_size;
+    asm("" : "+r"(size)); // a size the compiler knows becomes a string instruction, slower than the C library's copy
+    const std::uint32_t first = layout::trap_id.offset;
+    std::memcpy(region + first + static_cast<std::size_t>(to) * entry_size,
+        region + first + static_cast<std::size_t>(from) * entry_size, size);
+}
+
+void copy_text(char *place, std::string_view text) noexcept
+{
+    std::memcpy(place, text.data(), text.size());
+    place[text.size()] = '\0';
+}
+
+void put_entry(std::uint8_t *region, int index, std::uint32_t id, std::string_view text) noexcept
+{
+    store(region, layout::trap_id, id, index);
+    copy_text(text_at(region, layout::trap_text, index), text);
+}
+
+// Moves entries down by `distance` from the noted step to `end`.
+void move_down(std::uint8_t *region, int end, int distance) noexcept
+{
+    for (auto at = static_cast<int>(load(region, layout::trap_move_step)) - 1; at < end; ++at) {
+        copy_entry(region, at + distance, at);
+        settle();
+        store(region, layout::trap_move_step, static_cast<std::uint32_t>(at) + 2);
+        settle();
+    }
+}
+
+// Moves entries up by one, the last first, from the noted step. A start is never refused: with a full queue its move
+// carries the last entry past the entries, onto the count and the bytes behind it, and the count goes on from that
+// entry's identifier. Agents of all releases find the start at the head and go by the count as it is.
+void move_up(std::uint8_t *region) noexcept
+{
+    for (auto at = static_cast<int>(load(region, layout::trap_move_step)) - 1; at > 0; --at) {
+        copy_entry(region, at - 1, at);
+        if (at == capacity) {
+            store(region, layout::trap_count, static_cast<std::int32_t>(load(region, layout::trap_id, at - 1)) + 1);
+        }
+        settle();
+        store(region, layout::trap_move_step, static_cast<std::uint32_t>(at));
+        settle();
+    }
+}
+
+// Runs the move that is noted. Every step can be run again, so this also finishes what a dead process began.
+void run_move(std::uint8_t *region) noexcept
+{
+    const std::int32_t count = load(region, layout::trap_move_count);
+    const std::uint32_t id = load(region, layout::trap_move_id);
+    const std::int32_t taken = load(region, layout::trap_move_taken);
+    const char *kept = text_at(region, layout::trap_move_text);
+    const std::string_view text{kept, ::strnlen(kept, TRAP_TEXT_SIZE - 1)};
+    const bool sane = load(region, layout::trap_move_step) <= static_cast<std::uint32_t>(capacity) + 1 && count >= 0 &&
+                      count <= capacity;
+    switch (sane ? Move{load(region, layout::trap_move_kind)} : Move{}) {
+    case Move::to_back:
+        if (count > 0) {
+            move_down(region, count - 1, 1);
+            put_entry(region, count - 1, id, text);
+        }
+        break;
+    case Move::drop_oldest:
+        // The last place is the overflow marker's, so the first time two entries go: the oldest and the one there.
+        move_down(region, capacity - 2, 1);
+        put_entry(region, capacity - 2, id, text);
+        if (load(region, layout::trap_id, capacity - 1) != TRAP_OVERFLOW) {
+            put_entry(region, capacity - 1, TRAP_OVERFLOW, {});
+        }
+        store(region, layout::trap_count, capacity);
+        break;
+    case Move::to_head:
+        move_up(region);
+        put_entry(region, 0, id, text);
+        if (count < capacity) {
+            store(region, layout::trap_count, count + 1);
+        }
+        break;
+    case Move::take:
+        if (taken >= 0 && taken <= count) {
+            move_down(region, count - taken, taken);
+            store(region, layout::trap_count, count - taken);
+        }
+        break;
+    }
+    settle();
+    store(region, layout::trap_move_step, 0);
+    settle();
+}
+
+void note_move(std::uint8_t *region, Move kind, int first, int count) noexcept
+{
+    store(region, layout::trap_move_kind, static_cast<std::uint32_t>(kind));
+    store(region, layout::trap_move_count, count);
+    settle();
+    store(region, layout::trap_move_step, static_cast<std::uint32_t>(first) + 1);
+    settle();
+}
+
+void note_trap(std::uint8_t *region, std::uint32_t id, std::string_view text) noexcept
+{
+    store(region, layout::trap_move_id, id);
+    copy_text(text_at(region, layout::trap_move_text), text);
+}
+
+int find(std::uint8_t *region, int count, std::uint32_t id, std::string_view text) noexcept
+{
+    // Traps of one kind differ in their last number more often than anywhere else.
+    const char last = text.empty() ? '\0' : text.back();
+    const std::size_t last_at = text.empty() ? 0 : text.size() - 1;
+    for (int i = 0; i < count; ++i) {
+        if (load(region, layout::trap_id, i) == id) {
+            const char *queued = text_at(region, layout::trap_text, i);
+            if (queued[text.size()] == '\0' && queued[last_at] == last &&
+                std::memcmp(queued, text.data(), text.size()) == 0) {
+                return i;
+            }
+        }
+    }
+    return -1;
+}
+
+} // namespace
+
+TrapQueueHold::TrapQueueHold() noexcept
+{
+    if (status_base() == nullptr) {
+        errno = ENODEV;
+        return;
+    }
+    ::pthread_mutex_lock(&threads);
+    const int fd = cfg_lock_table[CFG_LOCK_TRAPS].fd;
+    while (lock_write(fd) != 0) {
+        if (errno != EINTR) {
+            ::pthread_mutex_unlock(&threads);
+            return;
+        }
+    }
+    fd_ = fd;
+    region_ = status_base();
+    if (load(region_, layout::trap_move_step) != 0) {
+        run_move(region_);
+    }
+}
+
+TrapQueueHold::~TrapQueueHold()
+{
+    if (region_ != nullptr) {
+        lock_free(fd_);
+        ::pthread_mutex_unlock(&threads);
+    }
+}
+
+int TrapQueueHold::count() const noexcept
+{
+    return std::clamp(load(region_, layout::trap_count), 0, capacity);
+}
+
+void TrapQueueHold::take_oldest(int taken) noexcept
+{
+    const int queued = count();
+    if (taken >= queued) {
+        store(region_, layout::trap_count, 0);
+    } else if (taken > 0) {
+        store(region_, layout::trap_move_taken, taken);
+        note_move(region_, Move::take, 0, queued);
+        run_move(region_);
+    }
+}
+
+void TrapQueueHold::put(std::uint32_t id, std::string_view text) noexcept
+{
+    const int queued = count();
+    if (id == TRAP_COLD_START || id == TRAP_WARM_START) {
+        note_trap(region_, id, text);
+        note_move(region_, Move::to_head, queued, queued);
+        run_move(region_);
+        return;
+    }
+    const int same = find(region_, queued, id, text);
+    if (same >= 0) {
+        note_trap(region_, id, text);
+        note_move(region_, Move::to_back, same, queued);
+        run_move(region_);
+    } else if (queued == capacity) {
+        note_trap(region_, id, text);
+        note_move(region_, Move::drop_oldest, 0, queued);
+        run_move(region_);
+    } else {
+        put_entry(region_, queued, id, text);
+        settle();
+        store(region_, layout::trap_count, queued + 1);
+    }
+}
+
+int queue_trap(int id, std::string_view text) noexcept
+{
+    TrapQueueHold queue;
+    if (!queue) {
+        return -1;
+    }
+    queue.put(static_cast<std::uint32_t>(id), text);
+    return 0;
+}
+
+} // namespace switchcfg

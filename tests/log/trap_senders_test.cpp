@@ -1,0 +1,244 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/log/trap_fixture.h"
+#include "tools/trap_senders.h"
+
+#include <climits>
+#include <cstdarg>
+#include <cstdio>
+#include <switchcfg/vxlog.h>
+
+namespace {
+
+std::string last_log; // level and line
+
+} // namespace
+
+// The program's own, in place of the library's.
+void vxlog(int level, const char *format, ...)
+{
+    char line[4096];
+    va_list arguments;
+    va_start(arguments, format);
+    (void)std::vsnprintf(line, sizeof line, format, arguments);
+    va_end(arguments);
+    last_log = std::to_string(level) + " " + line;
+}
+
+namespace {
+
+using switchcfg::testing::Traps;
+using switchcfg::tool::TrapArgument;
+using switchcfg::tool::TrapSender;
+
+const std::string sub = ".1.3.6.1.4.1.64711.3.5.201.1"; // NOLINT(cert-err58-cpp): a test may end when it cannot start
+const std::string common = sub + ".14.2.21.0 i 1 " + sub + ".14.2.22.0 i 1"; // NOLINT(cert-err58-cpp): as above
+
+class TrapSenders : public switchcfg::testing::TrapTest {
+  protected:
+    static void expect_trap(int result, std::uint32_t id, const std::string &text)
+    {
+        EXPECT_EQ(result, 0);
+        EXPECT_EQ(drained(), (Traps{{id, text}}));
+    }
+    static std::vector<std::string> words(const TrapSender &sender, const std::string &number, const std::string &text)
+    {
+        std::vector<std::string> all;
+        for (const TrapArgument type : sender.types) {
+            all.push_back(type == TrapArgument::text                                   ? text
+                          : type == TrapArgument::mac                                  ? "00:1a:2b:3c:4d:5e"
+                          : type == TrapArgument::link                                 ? "up"
+                          : type == TrapArgument::unsigned_integer && number[0] == '-' ? "4294967295"
+                                                                                       : number);
+        }
+        return all;
+    }
+    void join_unit(int unit, int model) const
+    {
+        set_word(static_cast<std::size_t>(unit) * 8000 + 48, 1);
+        set_word(static_cast<std::size_t>(unit) * 8000 + 1348, model);
+    }
+    // Number of bindings; -1 when the text cannot be read to its end.
+    static int bindings(const std::string &text)
+    {
+        const char *at = text.c_str();
+        trap_varbind binding{};
+        int count = 0;
+        int result = 0;
+        while ((result = trap_queue_next_varbind(&at, &binding)) > 0) {
+            ++count;
+        }
+        return result < 0 ? -1 : count;
+    }
+};
+
+TEST_F(TrapSenders, AllObeyTheirFlagsAndQueueTextThatCanBeRead)
+{
+    join_unit(1, 12);
+    for (const TrapSender &sender : switchcfg::tool::trap_senders()) {
+        SCOPED_TRACE(sender.name);
+        const std::vector<std::string> arguments = words(sender, "1", "10.0.0.1");
+        const std::uint8_t id = static_cast<std::uint8_t>(sender.ids[0]);
+        config[14281 + id] = 0;
+        EXPECT_EQ(sender.call(arguments), 0);
+        EXPECT_EQ(trap_queue_count(), 0) << "disabled";
+        config[14281 + id] = 1;
+        if (sender.port_byte >= 0) {
+            // The transceiver sender's port is the interface number: 1 is the first port of the first unit.
+            const int record = sender.name == "sfp_changed" ? 0 : 53;
+            config[14417 + 41 * record + sender.port_byte] = 0;
+            EXPECT_EQ(sender.call(arguments), 0);
+            EXPECT_EQ(trap_queue_count(), 0) << "disabled for the port";
+            config[14417 + 41 * record + sender.port_byte] = 1;
+        }
+        EXPECT_EQ(sender.call(arguments), 0);
+        const Traps traps = drained();
+        ASSERT_EQ(traps.size(), 1U);
+        EXPECT_EQ(traps[0].first, id);
+        EXPECT_EQ(bindings(traps[0].second) == 0, id == 1 || id == 4) << traps[0].second;
+    }
+}
+
+TEST_F(TrapSenders, WithstandAnyArguments)
+{
+    for (const char *number : {"-2147483648", "2147483647", "-1", "0", "53", "600"}) {
+        for (const std::string &text : {std::string{}, std::string(511, 'x'), std::string(5000, 'y')}) {
+            for (const TrapSender &sender : switchcfg::tool::trap_senders()) {
+                const int result = sender.call(words(sender, number, text));
+                const Traps traps = drained();
+                EXPECT_TRUE(result == 0 || traps.empty()) << sender.name;
+                for (const auto &[id, line] : traps) {
+                    EXPECT_LE(line.size(), 511U);
+                    const bool whole = !text.empty() && line.size() < 511 && line.find(".-") == std::string::npos;
+                    EXPECT_TRUE(bindings(line) >= 0 || !whole) << sender.name << ' ' << line;
+                }
+            }
+        }
+    }
+    EXPECT_EQ(count_word(), 0);
+    EXPECT_EQ(send_trap_login_failed(nullptr, nullptr), 0);
+    EXPECT_EQ(last_log, "4 User (null) authentication was denied by (null)");
+    EXPECT_EQ(send_trap_linkUp(0, 0, nullptr), 0);
+    EXPECT_EQ(send_trap_mac_move_detected(nullptr), 0);
+    EXPECT_EQ(send_trap_vrrp_auth_failure(nullptr, 1), 0);
+    EXPECT_EQ(trap_queue_count(), 4);
+}
+
+TEST_F(TrapSenders, LinkTrapsTellStates)
+{
+    const std::string table = ".1.3.6.1.2.1.2.2.1";
+    const trap_link up{1, 7};
+    expect_trap(send_trap_linkUp(1, 4, &up), 3,
+        table + ".1.69 i 69 " + table + ".7.69 i 1 " + common + " " + table + ".8.69 i 1");
+    config[21701472 + 52 + 4] = 1;
+    const trap_link blocked{2, 1};
+    expect_trap(send_trap_linkDown(1, 4, &blocked), 2,
+        table + ".1.69 i 69 " + table + ".7.69 i 2 " + common + " " + table + ".8.69 i 2");
+    config[13865 + 52 + 4] = 0;
+    EXPECT_EQ(send_trap_linkUp(1, 4, &up), 0);
+    EXPECT_EQ(trap_queue_count(), 0);
+}
+
+TEST_F(TrapSenders, LogLinesComeBeforeTheFlags)
+{
+    std::memset(config + 14281, 0, 136);
+    send_trap_link_flap_detected(1, 5);
+    EXPECT_EQ(last_log, "4 Link-Flap detected on port 2/6, blocking");
+    send_trap_loopback_no_more_detected(0, 0, 1);
+    EXPECT_EQ(last_log, "4 Loopback no more detected on port 1/1, enabling");
+    send_trap_lldp_remote_changed(0, -1);
+    EXPECT_EQ(last_log, "5 LLDP change in list of neighbors on management port");
+    send_trap_login_success("ann", nullptr);
+    EXPECT_EQ(last_log, "5 User ann authenticated by public-key");
+    send_trap_config_saved(0, "Saved", "ann");
+    EXPECT_EQ(last_log, "5 Saved by user ann.");
+    send_trap_stack_attach(2, 0, 1, 5, "M");
+    EXPECT_EQ(last_log, "3 Unit 3: Ready (model M, ID 4294967301)");
+    send_trap_stack_detach(2, 0, 1, 5, "M");
+    EXPECT_EQ(last_log, "3 Unit 3: Physically Removed (model M, ID 4294967301)");
+    set_word(11268096 + 2 * 4, 1);
+    send_trap_stack_detach(2, 0, 1, 5, "M");
+    EXPECT_EQ(last_log, "3 Unit 3: Logically Removed (model M, ID 4294967301)");
+    last_log.clear();
+    send_trap_new_bootloader_version(3, "2.1");
+    EXPECT_EQ(last_log, "") << "the one that logs only when it is enabled";
+    config[14281 + 42] = 1;
+    expect_trap(send_trap_new_bootloader_version(3, "2.1"), 42, sub + ".1.2.1.1 i 4 " + sub + ".14.2.20.0 s 2.1\x03");
+    EXPECT_EQ(last_log, "7 Slot 4 notified new bootloader version 2.1");
+}
+
+TEST_F(TrapSenders, IrregularOnesWriteTheirOwnText)
+{
+    const std::string scalar = sub + ".14.2.";
+    expect_trap(send_trap_cold_start(), 0, ".1.3.6.1.6.3.1.1.4.3.0 o .1.3.6.1.4.1.64711.3.5.201");
+    expect_trap(send_trap_warm_start(), 1, "");
+    expect_trap(send_trap_stack_unit_comm_fail_blocked(2, 9, 0xFFFFFFFE, 7), 133,
+        sub + ".1.2.1.1.3 i 3 " + sub + ".1.2.1.8.3 s -2\x03");
+    expect_trap(send_trap_standby_mpu_presence(1, 0, 1, 5, 3), 36,
+        sub + ".1.14.1.1.1 i 1 " + sub + ".1.14.1.4.1 s 4294967301\x03 " + sub + ".1.14.1.5.1 i 3 " + scalar +
+            "17.0 i 2");
+    expect_trap(send_trap_fan_fail(0, 2, 5), 13,
+        sub + ".1.5.1.1.1.2 i 1 " + sub + ".1.5.1.2.1.2 i 2 " + common + " " + sub + ".1.5.1.3.1.2 i 5");
+    const std::uint8_t mac[] = {0, 0x1a, 0x2b, 0x3c, 0x4d, 0x5e};
+    expect_trap(send_trap_duplicated_ip(2, "10.0.0.1", mac), 18,
+        scalar + "7.0 i 2 " + scalar + "8.0 s 10.0.0.1\x03 " + scalar + "9.0 s 00:1A:2B:3C:4D:5E\x03");
+    const std::string alarm = "1.3.6.1.2.1.16.3.1.1.";
+    expect_trap(send_trap_rmon_alarm(0, 10, -3, 2, ".1.3.6", 4), 29,
+        alarm + "8.4 i 10 " + alarm + "5.4 i -3 " + alarm + "4.4 i 2 " + alarm + "3.4 o .1.3.6 " + alarm + "1.4 i 4");
+    expect_trap(send_trap_eaps_status_change(3, 1, ""), 30,
+        common + " " + scalar + "11.0 i 3 " + scalar + "10.0 s (unnamed)\x03 " + scalar + "12.0 i 1");
+    expect_trap(send_trap_ldp(1, 2, "10.0.0.1"), 75,
+        common + " " + scalar + "39.0 i 2 " + scalar + "40.0 i 1 " + scalar + "62.0 a 10.0.0.1");
+    expect_trap(send_trap_system_warnings_units(0x80000001), 132, common + " " + scalar + "60.0 i 2147483649");
+    expect_trap(send_trap_vrrp_new_master(7, 9, "10.0.0.1"), 134, "1.3.6.1.2.1.68.1.3.1.7.7.9 a 10.0.0.1");
+    expect_trap(send_trap_lldp_remote_changed_global(1, 2, 3, 4000000000U), 91,
+        ".1.0.8802.1.1.2.1.2.2 u 1 .1.0.8802.1.1.2.1.2.3 u 2 .1.0.8802.1.1.2.1.2.4 u 3 .1.0.8802.1.1.2.1.2.5 u "
+        "4000000000");
+    expect_trap(send_trap_storm_control_multicast(0, 0, 100, 1), 72,
+        common + " .1.3.6.1.2.1.2.2.1.1.1 i 1 " + scalar + "37.0 i 2 " + scalar + "38.0 i 100");
+
+    set_word(0, 0);
+    const std::uint32_t web = 8080;
+    std::memcpy(config + 57834, &web, 4);
+    for (const auto &[port, code] :
+        std::vector<std::pair<int, int>>{{23, 3}, {8080, 1}, {0, 1}, {161, 2}, {22, 4}, {80, 80}}) {
+        expect_trap(send_trap_ip_illegal(port, "10.0.0.1"), 9,
+            common + " " + scalar + "1.0 i " + std::to_string(code) + " " + scalar + "2.0 s 10.0.0.1\x03");
+    }
+    std::memcpy(config + 57829, "\x17\0\0\x17", 4);
+
+    expect_trap(send_trap_sfp_changed(70, 1), 10, sub + ".2.1.1.1.70 i 70 " + common + " " + scalar + "5.0.70 i 2");
+    EXPECT_EQ(send_trap_sfp_changed(600, 1), 0);
+    EXPECT_EQ(send_trap_sfp_changed(0, 1), 0);
+    EXPECT_EQ(trap_queue_count(), 0) << "no record, not enabled";
+}
+
+TEST_F(TrapSenders, RefuseBadArgumentsByCode)
+{
+    join_unit(1, 12);
+    const std::string longest(400, 'x');
+    EXPECT_EQ(send_trap_evc_status_notification(8, 0, "n", 1), -3);
+    EXPECT_EQ(send_trap_evc_status_notification(-1, 0, "n", 1), -3);
+    EXPECT_EQ(send_trap_evc_status_notification(0, 0, "n", 1), -3) << "not in the stack";
+    EXPECT_EQ(send_trap_evc_status_notification(1, -1, "n", 1), -3);
+    EXPECT_EQ(send_trap_evc_status_notification(1, 200, "n", 1), -3);
+    EXPECT_EQ(send_trap_evc_status_notification(1, 0, "", 1), -7);
+    EXPECT_EQ(send_trap_evc_status_notification(1, 0, nullptr, 1), -7);
+    EXPECT_EQ(send_trap_evc_status_notification(1, 0, longest.c_str(), 1), -32);
+    EXPECT_EQ(send_trap_cfm_fault_notification("", "b", 1, 1, 1), -7);
+    EXPECT_EQ(send_trap_cfm_fault_notification("a", nullptr, 1, 1, 1), -7);
+    EXPECT_EQ(send_trap_cfm_fault_notification("a", "b", 1, 0, 1), -13);
+    EXPECT_EQ(send_trap_cfm_fault_notification("a", "b", 1, 4095, 1), -13);
+    EXPECT_EQ(send_trap_cfm_fault_notification(longest.c_str(), "b", 1, 1, 1), -32);
+    EXPECT_EQ(trap_queue_count(), 0);
+    expect_trap(send_trap_cfm_fault_notification("a b", "c", 1, 4094, 3), 43,
+        common + " " + sub + ".14.2.51.0 s a b \x03 " + sub + ".14.2.52.0 s c\x03 " + sub + ".14.2.53.0 i 1 " + sub +
+            ".14.2.54.0 i 4094 " + sub + ".14.2.55.0 i 3");
+}
+
+TEST(TrapSendersAlone, QueueNothingBeforeStartUp)
+{
+    EXPECT_EQ(send_trap_config_change(), 0) << "nothing is enabled";
+    EXPECT_EQ(trap_queue_count(), -1);
+}
+
+} // namespace
