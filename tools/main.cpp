@@ -38,10 +38,9 @@ int main(int argc, char **argv)
     add_pm_commands(app);
     add_address_commands(app);
 
-    LongOutput output{app};
-    app.parse_complete_callback([&] { output.begin(); });
-
     try {
+        LongOutput output{app};
+        app.parse_complete_callback([&] { output.begin(); });
         try {
             app.parse(argc, argv);
         } catch (...) {

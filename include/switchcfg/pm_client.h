@@ -24,13 +24,11 @@ SWITCHCFG_BEGIN_DECLS
 /** Bytes of the name field of a request: 31 characters and the terminator. */
 #define PM_NAME_SIZE 32
 
-/** A log function in the manner of vxlog(): syslog priority, printf-like format, arguments. */
-typedef void (*pm_client_logger)(int priority, const char *format, ...);
-
 /** What the client needs to know. */
 struct pm_client_settings {
-    uint16_t port;           /**< TCP port of the process manager; 0 for none, every request then fails */
-    pm_client_logger logger; /**< told of each pm_client_kill_proc(), at priority 4; may be null */
+    uint16_t port; /**< TCP port of the process manager; 0 for none, every request then fails */
+    /** Told of each pm_client_kill_proc(), in the manner of vxlog(), at priority 4; may be null. */
+    void (*logger)(int priority, const char *format, ...);
 };
 
 /** What a request asks for. */

@@ -2,9 +2,9 @@
 # lab:
 . "$DEMO_LIB"
 
-pid_of() { switchcfg ps --regex "^sleep $1\$" --json | sed -n 's/.*"pid": \([0-9]*\).*/\1/p'; }
+pid_of() { switchcfg ps --regex "^sleep $1\$" --json 2>/dev/null | sed -n 's/.*"pid": \([0-9]*\).*/\1/p'; }
 runs() { [ -n "$(pid_of "$1")" ]; }
-is_gone() { ! kill -0 "$1"; }
+is_gone() { ! kill -0 "$1" 2>/dev/null; }
 
 chapter 'The manager brings up two daemons'
 cat >/tmp/processes <<'END'
@@ -68,7 +68,7 @@ elif ! mount -t overlay overlay -o "lowerdir=$bin,upperdir=/tmp/bin.upper,workdi
 else
     say "The switch's tftp is busybox's; in this lab it gets its place in /bin."
     ln -sf "$busybox" /bin/tftp
-    $server --listen --create --user root --address 127.0.0.1:69 --secure /tmp/uploads
+    $server --listen --create --user root --secure /tmp/uploads
     check 'the server listens' wait_for 5 grep -q ':0045 ' /proc/net/udp
     show switchcfg error --list --tftp 127.0.0.1:errors.txt
     switchcfg error --list >/tmp/errors.txt

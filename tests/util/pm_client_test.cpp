@@ -33,7 +33,7 @@ void remember(int priority, const char *format, ...)
     logged += std::to_string(priority) + ": " + line.data() + "\n";
 }
 
-void set_up(std::uint16_t port, pm_client_logger logger = nullptr)
+void set_up(std::uint16_t port, decltype(pm_client_settings::logger) logger = nullptr)
 {
     const pm_client_settings settings{port, logger};
     pm_client_init(&settings);

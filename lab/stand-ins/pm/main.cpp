@@ -16,7 +16,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
-#include <optional>
+#include <stdexcept>
 #include <string>
 #include <unistd.h>
 
@@ -74,9 +74,7 @@ int serve_connection(void *argument, int fd)
     return 0;
 }
 
-} // namespace
-
-int main(int argc, char **argv)
+int run(int argc, char **argv)
 {
     CLI::App app{"The process manager of the lab"};
     std::string list;
@@ -90,19 +88,24 @@ int main(int argc, char **argv)
     app.add_option("--ready-fd", ready_fd, "Descriptor that gets a byte once the processes are started");
     CLI11_PARSE(app, argc, argv);
 
-    std::optional<Service> service;
-    try {
-        service.emplace(Service{{read_process_list(list), settings}, ready_fd});
-    } catch (const std::exception &error) {
-        std::fprintf(stderr, "switchlab-pm: %s\n", error.what());
-        return EXIT_FAILURE;
-    }
+    Service service{{read_process_list(list), settings}, ready_fd};
     (void)signal_ignore(SIGPIPE);
     for (const int signo : {SIGTERM, SIGINT}) {
         (void)signal_handler(signo, [](int) { asked_to_leave = 1; });
     }
-    const daemon_server server{PM_CLIENT_PORT, period_cs, &*service, tick, serve_connection};
+    const daemon_server server{PM_CLIENT_PORT, period_cs, &service, tick, serve_connection};
     (void)daemon_server_loop_conn_close(&server, 0);
-    std::fprintf(stderr, "switchlab-pm: cannot listen on port %d: %s\n", PM_CLIENT_PORT, std::strerror(errno));
-    return EXIT_FAILURE;
+    throw std::runtime_error{"cannot listen on port " + std::to_string(PM_CLIENT_PORT) + ": " + std::strerror(errno)};
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    try {
+        return run(argc, argv);
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "switchlab-pm: %s\n", error.what());
+        return EXIT_FAILURE;
+    }
 }

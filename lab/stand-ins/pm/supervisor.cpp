@@ -192,7 +192,7 @@ bool Supervisor::start(Process &process)
     return true;
 }
 
-void Supervisor::stop(Process &process, int signo)
+void Supervisor::stop(Process &process, int signo) const
 {
     if (signo == SIGKILL || !process.stopping) {
         (void)::kill(process.pid, signo);
@@ -203,7 +203,7 @@ void Supervisor::stop(Process &process, int signo)
 }
 
 // When the next start of a process that could not stay up is due.
-void Supervisor::settle(Process &process)
+void Supervisor::settle(Process &process) const
 {
     process.back_off =
         process.back_off == 0 ? settings_.first_back_off : std::min(process.back_off * 2, settings_.longest_back_off);

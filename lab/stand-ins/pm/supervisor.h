@@ -62,9 +62,9 @@ class Supervisor {
     void stop_by_request(Process &process, int signo, Reply reply);
     void restart_by_request(Process &process, Reply reply);
     bool start(Process &process);
-    void stop(Process &process, int signo);
+    void stop(Process &process, int signo) const;
     void has_ended(Process &process, int status);
-    void settle(Process &process);
+    void settle(Process &process) const;
 
     std::vector<Process> processes_;
     Settings settings_;
