@@ -125,7 +125,7 @@ TEST(LabRun, ProgramsThatStopAMachineOnlyTakeNote)
         GTEST_SKIP() << "this machine has no /sbin/shutdown";
     }
     // Never the machine's own: first a look at what would run.
-    EXPECT_EQ(lab("grep -q power.log /sbin/shutdown && /sbin/shutdown -r now && cat /tmp/power.log").out,
+    EXPECT_EQ(lab("grep -q power.log /sbin/shutdown && /sbin/shutdown -r now && cat /tmp/power.log").output,
         "shutdown -r now\n");
 }
 
