@@ -37,6 +37,7 @@ struct FieldInfo {
     constexpr std::uint32_t count() const noexcept { return dimensions[0].count * dimensions[1].count; }
     constexpr std::uint32_t place_of(std::uint32_t first = 0, std::uint32_t second = 0) const noexcept
     {
+        // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult): the analyser does not see the base set
         return offset + first * dimensions[0].stride + second * dimensions[1].stride;
     }
     constexpr std::uint32_t end() const noexcept
@@ -108,6 +109,7 @@ template<typename T>
 struct Field : FieldInfo {
     constexpr Field(const char *field_name, std::uint32_t first, const char *meaning, Dimension outer = {},
         Dimension inner = {}) noexcept
+        // NOLINTNEXTLINE(clang-analyzer-optin.cplusplus.UninitializedObject): nor here
         : FieldInfo{
               field_name, meaning, first, detail::Describe<T>::size, detail::Describe<T>::type, {outer, inner}, false}
     {

@@ -6,6 +6,7 @@
 #include <switchcfg/vxlog.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <iterator>
 
 namespace switchcfg {
@@ -42,9 +43,9 @@ constexpr PortTrap port_traps[] = {
 // clang-format on
 static_assert(std::ranges::is_sorted(port_traps, std::ranges::less_equal{}, &PortTrap::id));
 
-consteval PortTrap row_of(int id)
+constexpr std::size_t row_of(int id)
 {
-    return *std::ranges::find(port_traps, id, &PortTrap::id);
+    return static_cast<std::size_t>(std::ranges::find(port_traps, id, &PortTrap::id) - std::begin(port_traps));
 }
 
 #pragma GCC diagnostic push
@@ -74,8 +75,9 @@ int send(const PortTrap &trap, int unit, int port) noexcept
 template<int Id>
 int send(int unit, int port) noexcept
 {
-    static constexpr PortTrap trap = row_of(Id);
-    return send(trap, unit, port);
+    constexpr std::size_t row = row_of(Id);
+    static_assert(row < std::size(port_traps), "a sender without a row");
+    return send(port_traps[row], unit, port);
 }
 
 } // namespace

@@ -52,8 +52,7 @@ void copy_entry(std::uint8_t *region, int from, int to) noexcept
 
 void copy_text(char *place, std::string_view text) noexcept
 {
-    std::memcpy(place, text.data(), text.size());
-    place[text.size()] = '\0';
+    place[text.copy(place, text.size())] = '\0';
 }
 
 void put_entry(std::uint8_t *region, int index, std::uint32_t id, std::string_view text) noexcept

@@ -67,7 +67,7 @@ class TrapText {
         }
         constexpr char digits[] = "0123456789ABCDEF";
         char text[17];
-        for (int i = 0; i < 6; ++i) {
+        for (std::size_t i = 0; i < 6; ++i) {
             text[3 * i] = digits[bytes[i] >> 4];
             text[3 * i + 1] = digits[bytes[i] & 15];
             if (i < 5) {

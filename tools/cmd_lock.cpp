@@ -121,6 +121,7 @@ int run(const std::string &name, bool shared, const std::vector<std::string> &co
     }
     const LockHold hold{*found, shared};
     std::vector<char *> arguments;
+    arguments.reserve(command.size() + 1);
     for (const std::string &word : command) {
         arguments.push_back(const_cast<char *>(word.c_str()));
     }

@@ -8,6 +8,7 @@
 #include <exception>
 #include <iostream>
 
+// NOLINTNEXTLINE(bugprone-exception-escape): without memory for its own options the tool can only end
 int main(int argc, char **argv)
 {
     using namespace switchcfg::tool;
