@@ -11,6 +11,33 @@
 
 namespace switchlab {
 
+void make_mounts_private()
+{
+    if (::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0) {
+        return;
+    }
+    if (errno != EINVAL) {
+        throw refusal("mount MS_PRIVATE on", "/");
+    }
+    // The root is a folder (a chroot), not a mount, and only mounts can be private. So it becomes one, and the way
+    // through
+    // ".." leads onto it. The current folder is looked up again behind it.
+    std::string here(4096, '\0');
+    const bool known = ::getcwd(here.data(), here.size()) != nullptr;
+    if (::mount("/", "/", nullptr, MS_BIND | MS_REC, nullptr) != 0) {
+        throw refusal("bind mount on / of", "/");
+    }
+    if (::chdir("/..") != 0 || ::chroot(".") != 0) {
+        throw refusal("chroot", "/");
+    }
+    if (::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
+        throw refusal("mount MS_PRIVATE on", "/");
+    }
+    if (known && ::chdir(here.c_str()) != 0) {
+        throw refusal("chdir", here);
+    }
+}
+
 void mount_tmpfs(const char *place, const char *options)
 {
     if (::mount("tmpfs", place, "tmpfs", MS_NOSUID, options) != 0) {

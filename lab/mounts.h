@@ -8,6 +8,8 @@
 
 namespace switchlab {
 
+// From here on what is mounted stays in this namespace.
+void make_mounts_private();
 void mount_tmpfs(const char *place, const char *options);
 void bind_mount(const char *what, const char *place);
 void move_mount_point(const char *from, const char *to);

@@ -3,6 +3,7 @@
 
 #include "lab/kept_places.h"
 #include "lab/loopback.h"
+#include "lab/mounts.h"
 #include "lab/private_folders.h"
 #include "lab/refusal.h"
 #include "lab/signal_relay.h"
@@ -146,9 +147,7 @@ class FirstProcess {
 
     void make_inside()
     {
-        if (::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
-            throw refusal("mount MS_PRIVATE on", "/");
-        }
+        make_mounts_private();
         kept_.hold();
         const mode_t mask = ::umask(0);
         mount_private_folders();
