@@ -7,7 +7,14 @@ mkdir -p /tmp/programs
 printf '#!/bin/sh\necho "${0##*/} $*" >>/tmp/notes\n' | tee /tmp/programs/umount >/tmp/programs/shutdown
 chmod +x /tmp/programs/*
 PATH=/tmp/programs:$PATH
-[ ! -e /sbin/shutdown ] || mount --bind /tmp/programs/shutdown "$(readlink -f /sbin/shutdown)"
+if [ -e /sbin/shutdown ]; then
+    mount --bind /tmp/programs/shutdown "$(readlink -f /sbin/shutdown)"
+else
+    # A small machine has none: it gets its place in this lab only.
+    mkdir /tmp/sbin /tmp/sbin/upper /tmp/sbin/work
+    mount -t overlay overlay -o "lowerdir=/usr/sbin,upperdir=/tmp/sbin/upper,workdir=/tmp/sbin/work" /usr/sbin
+    cp /tmp/programs/shutdown /usr/sbin/shutdown
+fi
 # shellcheck disable=SC2329
 restarted() { grep -qs '^shutdown -r now$' /tmp/notes; }
 
