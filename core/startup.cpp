@@ -106,7 +106,6 @@ int cfg_exit() noexcept
     initialised = 0;
     cfg_data_cfg_unmap();
     cfg_data_defcfg_unmap();
-    // (routing-stack connection)
     destroy_locks();
     status_finish();
     pm_client_finish();
