@@ -217,7 +217,7 @@ TEST_F(TrapAgent, OutlivesWhatCannotBeSent)
     send_trap_vrrp_auth_failure("no address", 4);
     send_trap_rmon_alarm(1, 1, 1, 1, "not.an.oid", 1);
     send_trap_config_change();
-    set_word(entries_at + 516 * 3, 99); // a number that no notification has
+    set_word(entries_at + std::size_t{3} * 516, 99); // a number that no notification has
     send_trap_core_dump();
     const Daemon agent{SWITCHLAB_AGENT, {"--port", "1162", "--once"}};
     ASSERT_EQ(agent.exit_status(), 0);

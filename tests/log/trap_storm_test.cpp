@@ -178,6 +178,7 @@ TEST_F(TrapStorm, LosesNothingButWhatTheRulesDrop)
     const std::chrono::milliseconds pause{parameter("TRAP_STORM_KILL_MS", 2)};
     std::mt19937 random{1}; // NOLINT(cert-msc51-cpp): any numbers do
     std::vector<std::unique_ptr<Peer>> peers;
+    peers.reserve(senders);
     for (int sender = 0; sender < senders; ++sender) {
         peers.push_back(start(sender));
     }
