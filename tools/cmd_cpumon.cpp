@@ -147,7 +147,8 @@ void write_page(const Figures &figures, const Board &board, const cpumon_target 
         throw Failure{"--html: pages are of units, not of the standby"};
     }
     write_file(path, [&](std::FILE *stream) {
-        const std::string title = figures.title + (" of " + board.name());
+        // People read the page, and to them units count from 1, as in the headings of the text tables.
+        const std::string title = figures.title + (" of unit " + std::to_string(board.unit + 1));
         (void)std::fprintf(stream,
             "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n<title>%s</title>\n<style>\n"
             "body { font: 14px sans-serif; margin: 2em; color: #222; }\n"
@@ -155,7 +156,7 @@ void write_page(const Figures &figures, const Board &board, const cpumon_target 
             "caption { text-align: left; font-weight: bold; padding-bottom: .5em; }\n"
             "th, td { padding: .25em .75em; border-bottom: 1px solid #ddd; text-align: right; white-space: nowrap; }\n"
             "th { border-bottom: 2px solid #888; }\n"
-            "td.text { text-align: left; }\n"
+            ".text { text-align: left; }\n"
             "</style>\n</head>\n<body>\n<h1>%s</h1>\n",
             title.c_str(), title.c_str());
         int result = -1;

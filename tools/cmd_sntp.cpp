@@ -12,6 +12,7 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -119,10 +120,8 @@ void show(bool with_values)
     });
 }
 
-// Under the lock that guards the configuration, and on disk at the end. A result that tells of the key file or of the
-// process manager leaves the change in place.
-template<typename Call>
-void change(const std::string &object, Call call)
+// Under the lock that guards the configuration, and on disk at the end.
+void change(const std::string &object, const std::function<int()> &call)
 {
     attach();
     const LockHold hold{cfg_lock_table[CFG_LOCK_CFG]};
@@ -134,16 +133,15 @@ void change(const std::string &object, Call call)
     if (result == 0) {
         return;
     }
-    // From the process manager and the key file; what else can go wrong does so before anything changes.
-    constexpr std::array afterwards{-37, -43, -44};
-    const bool stored = std::ranges::find(afterwards, result) != afterwards.end();
+    // Of the process manager and the key file; what else can go wrong does so before anything changes.
+    const bool stored = result == -37 || result == -43 || result == -44;
     const std::string explained = cfg_error_get_msg();
     const char *const message = cfg_strerror(result);
     throw Failure{object + ": " +
                   (!explained.empty()      ? explained
                       : message != nullptr ? message
                                            : "failed") +
-                  " (" + std::to_string(result) + ")"};
+                  " (" + std::to_string(result) + ")" + (stored ? "; the change is stored" : "")};
 }
 
 // The daemon reads words from the key file, and takes what follows '#' for a comment.

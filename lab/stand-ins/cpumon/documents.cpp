@@ -68,7 +68,8 @@ std::string as_html(const Table &table, const std::string &caption)
 {
     std::string text = "<table class=\"cpumon\">\n<caption>" + caption + "</caption>\n<thead>\n<tr>";
     for (const Table::Column &column : table.columns) {
-        text += "<th scope=\"col\">" + escaped(column.title) + "</th>";
+        text += std::string{"<th scope=\"col\""} + (column.is_text ? " class=\"text\">" : ">") + escaped(column.title) +
+                "</th>";
     }
     text += "</tr>\n</thead>\n<tbody>\n";
     for (const auto &row : table.rows) {
