@@ -33,16 +33,16 @@ struct Figures {
     int (*html)(std::FILE *, int) noexcept;
 };
 
-constexpr Figures cpu{"cpu", "Processor usage of a unit, by process", "Processors",
+constexpr Figures cpu_figures{"cpu", "Processor usage of a unit, by process", "Processors",
     {cfg_cpumon_table_cpu_usage_local, cfg_cpumon_table_cpu_usage_detail_local},
     {cfg_cpumon_table_cpu_usage_unit, cfg_cpumon_table_cpu_usage_detail_unit},
     {cfg_cpumon_table_cpu_usage_standby, cfg_cpumon_table_cpu_usage_detail_standby}, cfg_cpumon_get_cpu_table_html};
-constexpr Figures memory{"memory", "Memory of a unit, by process", "Memory",
+constexpr Figures memory_figures{"memory", "Memory of a unit, by process", "Memory",
     {cfg_cpumon_table_cpu_memory_local, cfg_cpumon_table_cpu_memory_detail_local},
     {cfg_cpumon_table_cpu_memory_unit, cfg_cpumon_table_cpu_memory_detail_unit},
     {cfg_cpumon_table_cpu_memory_standby, cfg_cpumon_table_cpu_memory_detail_standby}, cfg_cpumon_get_mem_table_html};
 
-struct Request {
+struct BoardRequest {
     std::string board = "0";
     bool detail = false;
     std::string html;
@@ -70,7 +70,7 @@ Board board_of(const std::string &text)
     return board;
 }
 
-std::string address_of(const cpumon_target &target)
+std::string monitor_address(const cpumon_target &target)
 {
     std::array<char, INET6_ADDRSTRLEN> text{};
     std::array<char, IF_NAMESIZE> interface {
@@ -80,7 +80,7 @@ std::string address_of(const cpumon_target &target)
     return text.data() + (scoped ? std::string{"%"} + interface.data() : "") + " port " + std::to_string(target.port);
 }
 
-void check(int result, const Board &board)
+void expect_board(int result, const Board &board)
 {
     if (result != 0) {
         throw Failure{board.name() + ": " + cfg_strerror(result) + " (" + std::to_string(result) + ")"};
@@ -90,7 +90,7 @@ void check(int result, const Board &board)
 Failure no_answer(const Board &board, const cpumon_target &target, const std::string &said)
 {
     return Failure{board.name() + ": " + (said.empty() ? "no answer from the CPU monitor" : said) + " (" +
-                   address_of(target) + ")"};
+                   monitor_address(target) + ")"};
 }
 
 std::string without_line_end(std::string text)
@@ -123,7 +123,7 @@ std::string printed_by(Call call)
 
 // Calls write(stream) for a file that is there afterwards only if that succeeded.
 template<typename Write>
-void write_file(const std::string &path, Write write)
+void write_whole_file(const std::string &path, Write write)
 {
     std::FILE *const stream = std::fopen(path.c_str(), "w");
     if (stream == nullptr) {
@@ -146,7 +146,7 @@ void write_page(const Figures &figures, const Board &board, const cpumon_target 
     if (board.standby) {
         throw Failure{"--html: pages are of units, not of the standby"};
     }
-    write_file(path, [&](std::FILE *stream) {
+    write_whole_file(path, [&](std::FILE *stream) {
         // People read the page, and to them units count from 1, as in the headings of the text tables.
         const std::string title = figures.title + (" of unit " + std::to_string(board.unit + 1));
         (void)std::fprintf(stream,
@@ -189,7 +189,7 @@ Json lines_of(const std::string &text)
     return lines;
 }
 
-void print_table(const Figures &figures, const Board &board, const cpumon_target &target, bool detail)
+void print_board(const Figures &figures, const Board &board, const cpumon_target &target, bool detail)
 {
     const std::size_t which = detail ? 1 : 0;
     int result = -1;
@@ -211,24 +211,24 @@ void print_table(const Figures &figures, const Board &board, const cpumon_target
     }
 }
 
-void run(const Figures &figures, const Request &request)
+void answer(const Figures &figures, const BoardRequest &request)
 {
     const Board board = board_of(request.board);
     attach();
     cpumon_target target{};
-    check(cfg_cpumon_get_target(board.unit, board.standby ? 1 : 0, &target), board);
+    expect_board(cfg_cpumon_get_target(board.unit, board.standby ? 1 : 0, &target), board);
     if (!request.html.empty()) {
         write_page(figures, board, target, request.html);
     }
     if (!request.xml.empty()) {
-        write_file(request.xml, [&](std::FILE *stream) {
+        write_whole_file(request.xml, [&](std::FILE *stream) {
             if (cpumon_print_xml(stream, &target) != 0) {
                 throw no_answer(board, target, "");
             }
         });
     }
     if (request.html.empty() && request.xml.empty()) {
-        print_table(figures, board, target, request.detail);
+        print_board(figures, board, target, request.detail);
     }
 }
 
@@ -236,14 +236,14 @@ void run(const Figures &figures, const Request &request)
 
 void add_cpumon_commands(CLI::App &app)
 {
-    for (const Figures *const figures : {&cpu, &memory}) {
+    for (const Figures *const figures : {&cpu_figures, &memory_figures}) {
         auto *command = app.add_subcommand(figures->name, figures->about);
-        auto request = std::make_shared<Request>();
+        auto request = std::make_shared<BoardRequest>();
         command->add_option("board", request->board, "Unit, 0 to 7, or standby")->capture_default_str();
         command->add_flag("--detail", request->detail, "With a summary above the processes");
         command->add_option("--html", request->html, "Write a detailed page to FILE instead")->type_name("FILE");
         command->add_option("--xml", request->xml, "Write the monitor's document to FILE instead")->type_name("FILE");
-        command->callback([=] { run(*figures, *request); });
+        command->callback([=] { answer(*figures, *request); });
     }
 }
 

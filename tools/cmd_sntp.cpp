@@ -26,13 +26,13 @@ namespace {
 
 using AddressText = std::array<char, SNTP_ADDRESS_TEXT_SIZE>;
 
-struct Server {
+struct SntpServer {
     int slot;
     std::string address;
     std::uint32_t key;
 };
 
-struct Key {
+struct SntpKey {
     int slot;
     std::uint32_t id;
     std::string type;
@@ -40,9 +40,9 @@ struct Key {
     std::string server; // bound to it, empty for none
 };
 
-std::vector<Server> servers()
+std::vector<SntpServer> sntp_servers()
 {
-    std::vector<Server> found;
+    std::vector<SntpServer> found;
     for (int slot = 0; slot < SNTP_SLOTS; ++slot) {
         AddressText text{};
         if (sntp_dump_server_ip_addr(slot, text.data()) == 0) {
@@ -70,9 +70,9 @@ std::string server_of_key(int slot)
                : "";
 }
 
-std::vector<Key> keys(bool with_values)
+std::vector<SntpKey> sntp_keys(bool with_values)
 {
-    std::vector<Key> found;
+    std::vector<SntpKey> found;
     for (int slot = 0; slot < SNTP_SLOTS; ++slot) {
         const auto id = static_cast<std::uint32_t>(cfg_get_sntp_key_id(slot));
         if (id != 0) {
@@ -83,7 +83,7 @@ std::vector<Key> keys(bool with_values)
     return found;
 }
 
-void show(bool with_values)
+void show_sntp(bool with_values)
 {
     attach();
     AddressText last{};
@@ -92,13 +92,13 @@ void show(bool with_values)
         {"authentication", cfg_get_sntp_auth_enable() != 0}, {"servers", Json::array()}, {"keys", Json::array()},
         {"last_server", answered ? Json(last.data()) : Json(nullptr)}};
     Table server_table{{"SLOT", "SERVER", "KEY"}};
-    for (const Server &server : servers()) {
+    for (const SntpServer &server : sntp_servers()) {
         json["servers"].push_back({{"slot", server.slot}, {"address", server.address}, {"key", server.key}});
         server_table.add(
             {std::to_string(server.slot), server.address, server.key != 0 ? std::to_string(server.key) : ""});
     }
     Table key_table{{"SLOT", "KEY", "TYPE", "VALUE", "SERVER"}};
-    for (const Key &key : keys(with_values)) {
+    for (const SntpKey &key : sntp_keys(with_values)) {
         json["keys"].push_back({{"slot", key.slot}, {"id", key.id}, {"type", key.type}, {"value", key.value},
             {"server", key.server.empty() ? Json(nullptr) : Json(key.server)}});
         key_table.add({std::to_string(key.slot), std::to_string(key.id), key.type, key.value, key.server});
@@ -121,7 +121,7 @@ void show(bool with_values)
 }
 
 // Under the lock that guards the configuration, and on disk at the end.
-void change(const std::string &object, const std::function<int()> &call)
+void change_sntp(const std::string &object, const std::function<int()> &call)
 {
     attach();
     const LockHold hold{cfg_lock_table[CFG_LOCK_CFG]};
@@ -153,41 +153,41 @@ void check_word(const std::string &what, const std::string &word)
     }
 }
 
-void add_settings(CLI::App &sntp)
+void add_sntp_settings(CLI::App &sntp)
 {
     for (const bool enable : {true, false}) {
         sntp.add_subcommand(enable ? "enable" : "disable", enable ? "Switch the client on" : "Switch the client off")
-            ->callback([enable] { change("sntp", [enable] { return cfg_set_sntp_enable(enable ? 1 : 0); }); });
+            ->callback([enable] { change_sntp("sntp", [enable] { return cfg_set_sntp_enable(enable ? 1 : 0); }); });
     }
     auto interval = std::make_shared<std::uint32_t>(0);
     auto *command = sntp.add_subcommand("interval", "How often servers are asked");
     command->add_option("seconds", *interval, "Seconds; 0 is the daemon's own choice")->required();
-    command->callback([interval] { change("interval", [&] { return cfg_set_sntp_interval(*interval); }); });
+    command->callback([interval] { change_sntp("interval", [&] { return cfg_set_sntp_interval(*interval); }); });
 
     auto wanted = std::make_shared<std::string>();
     auto *auth = sntp.add_subcommand("auth", "Whether answers must be authenticated");
     auth->add_option("wanted", *wanted, "on or off")->required()->check(CLI::IsMember({"on", "off"}));
     auth->callback(
-        [wanted] { change("authentication", [&] { return cfg_set_sntp_auth_enable(*wanted == "on" ? 1 : 0); }); });
+        [wanted] { change_sntp("authentication", [&] { return cfg_set_sntp_auth_enable(*wanted == "on" ? 1 : 0); }); });
 }
 
-void add_servers(CLI::App &sntp)
+void add_sntp_servers(CLI::App &sntp)
 {
     auto *server = sntp.add_subcommand("server", "The servers, three at most");
     server->require_subcommand(1);
     auto address = std::make_shared<std::string>();
     auto *add = server->add_subcommand("add", "Add a server behind the others");
     add->add_option("address", *address, "IPv4 or IPv6 address")->required();
-    add->callback([address] { change(*address, [&] { return cfg_add_sntp_server(address->c_str()); }); });
+    add->callback([address] { change_sntp(*address, [&] { return cfg_add_sntp_server(address->c_str()); }); });
 
     auto *del = server->add_subcommand("del", "Remove a server, but never the first");
     del->add_option("address", *address, "IPv4 or IPv6 address")->required();
-    del->callback([address] { change(*address, [&] { return cfg_del_sntp_server(address->c_str()); }); });
+    del->callback([address] { change_sntp(*address, [&] { return cfg_del_sntp_server(address->c_str()); }); });
 
     auto *clear = server->add_subcommand("clear", "Remove a server, the first too, and the key binding to it");
     clear->add_option("address", *address, "IPv4 or IPv6 address, or all")->required();
     clear->callback([address] {
-        change(*address, [&] {
+        change_sntp(*address, [&] {
             if (*address == "all") {
                 return cfg_sntp_clear_all_server();
             }
@@ -197,7 +197,7 @@ void add_servers(CLI::App &sntp)
     });
 }
 
-void add_keys(CLI::App &sntp)
+void add_sntp_keys(CLI::App &sntp)
 {
     auto *key = sntp.add_subcommand("key", "The keys, three at most");
     key->require_subcommand(1);
@@ -211,23 +211,23 @@ void add_keys(CLI::App &sntp)
     add->callback([=] {
         check_word("type", *type);
         check_word("value", *value);
-        change("key " + std::to_string(*id), [&] { return cfg_sntp_add_key(*id, type->c_str(), value->c_str()); });
+        change_sntp("key " + std::to_string(*id), [&] { return cfg_sntp_add_key(*id, type->c_str(), value->c_str()); });
     });
     auto *del = key->add_subcommand("del", "Remove a key and its binding");
     del->add_option("id", *id, "Identifier")->required();
-    del->callback([=] { change("key " + std::to_string(*id), [&] { return cfg_sntp_remove_key(*id); }); });
+    del->callback([=] { change_sntp("key " + std::to_string(*id), [&] { return cfg_sntp_remove_key(*id); }); });
 
     auto address = std::make_shared<std::string>();
     auto *bind = sntp.add_subcommand("bind", "Use a key with a server");
     bind->add_option("id", *id, "Identifier of the key")->required();
     bind->add_option("address", *address, "IPv4 or IPv6 address")->required();
     bind->callback([=] {
-        change("key " + std::to_string(*id) + " and " + *address,
+        change_sntp("key " + std::to_string(*id) + " and " + *address,
             [&] { return cfg_sntp_define_key_server(*id, address->c_str()); });
     });
     auto *unbind = sntp.add_subcommand("unbind", "Use no key with a server");
     unbind->add_option("address", *address, "IPv4 or IPv6 address, or all")->required();
-    unbind->callback([=] { change(*address, [&] { return cfg_sntp_undefine_key_server(address->c_str()); }); });
+    unbind->callback([=] { change_sntp(*address, [&] { return cfg_sntp_undefine_key_server(address->c_str()); }); });
 }
 
 } // namespace
@@ -239,10 +239,10 @@ void add_sntp_commands(CLI::App &app)
     auto *show_command = sntp->add_subcommand("show", "Settings, servers and keys");
     auto with_values = std::make_shared<bool>(false);
     show_command->add_flag("--secrets", *with_values, "With the values of the keys");
-    show_command->callback([with_values] { show(*with_values); });
-    add_settings(*sntp);
-    add_servers(*sntp);
-    add_keys(*sntp);
+    show_command->callback([with_values] { show_sntp(*with_values); });
+    add_sntp_settings(*sntp);
+    add_sntp_servers(*sntp);
+    add_sntp_keys(*sntp);
 }
 
 } // namespace switchcfg::tool

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // The lab's CPU monitor against what the machine itself says, through the library and the tool.
 #include "features/mpu_network.h"
-#include "support/command.h"
 #include "support/daemon.h"
 #include "support/file_text.h"
 #include "support/output.h"
 #include "support/peer.h"
+#include "support/tool.h"
 
 #include <switchcfg/cpumon.h>
 #include <switchcfg/request_channel.h>
@@ -28,21 +28,17 @@ namespace {
 
 using nlohmann::json;
 using switchcfg::testing::Daemon;
+using switchcfg::testing::expect_refused;
 using switchcfg::testing::file_text;
 using switchcfg::testing::lines_of;
 using switchcfg::testing::Link;
 using switchcfg::testing::make_network;
-using switchcfg::testing::Outcome;
 using switchcfg::testing::output_of;
 using switchcfg::testing::Peer;
 using switchcfg::testing::run_command;
+using switchcfg::testing::tool;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
-
-Outcome tool(const std::string &arguments)
-{
-    return run_command(SWITCHCFG_TOOL " " + arguments);
-}
 
 cpumon_target loopback()
 {
@@ -168,13 +164,11 @@ TEST(CmdCpu, ShowsTheUnitsOfAStack)
     } else {
         std::puts("page and document are not checked: tidy is not installed");
     }
-    const Outcome standby = tool("cpu standby");
-    EXPECT_EQ(standby.status, 1);
-    EXPECT_EQ(standby.err, "switchcfg: standby: Error in connection with CPUMON (febf::101%eth0.3 port 61263)\n");
-    EXPECT_EQ(tool("cpu 5").err, "switchcfg: unit 5: Invalid unit/port number (-3)\n");
-    EXPECT_EQ(tool("cpu five").status, 1);
-    EXPECT_EQ(tool("cpu --html /no/such/folder").err, "switchcfg: /no/such/folder: open: No such file or directory\n");
-    EXPECT_EQ(tool("cpu standby --xml /tmp/none.xml").status, 1);
+    expect_refused("cpu standby", "standby: Error in connection with CPUMON (febf::101%eth0.3 port 61263)\n");
+    expect_refused("cpu 5", "unit 5: Invalid unit/port number (-3)\n");
+    expect_refused("cpu five", "'five' is neither a unit, 0 to 7, nor standby");
+    expect_refused("cpu --html /no/such/folder", "/no/such/folder: open: No such file or directory\n");
+    expect_refused("cpu standby --xml /tmp/none.xml", "no answer");
     EXPECT_NE(::access("/tmp/none.xml", F_OK), 0) << "no file of nothing";
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "support/command.h"
 #include "support/daemon.h"
 #include "support/file_text.h"
+#include "support/tool.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,14 +14,14 @@ using nlohmann::json;
 using switchcfg::testing::Daemon;
 using switchcfg::testing::file_text;
 using switchcfg::testing::Outcome;
-using switchcfg::testing::run_command;
+using switchcfg::testing::tool;
 using switchcfg::testing::write_file;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
 Outcome sntp(const std::string &arguments)
 {
-    return run_command(SWITCHCFG_TOOL " sntp " + arguments);
+    return tool("sntp " + arguments);
 }
 
 TEST(CmdSntp, ChangesAndShowsEverything)
@@ -46,7 +46,7 @@ TEST(CmdSntp, ChangesAndShowsEverything)
     EXPECT_THAT(sntp("show").out, Not(HasSubstr("secret")));
     EXPECT_THAT(sntp("show --secrets").out, HasSubstr("0     5           MD5   secret  192.0.2.1\n"));
     EXPECT_THAT(file_text("/etc/ntp.keys"), HasSubstr("          5\t        MD5\t     secret \n"));
-    EXPECT_EQ(run_command(SWITCHCFG_TOOL " ps sleep").status, 0) << "the daemon was started";
+    EXPECT_EQ(tool("ps sleep").status, 0) << "the daemon was started";
 
     EXPECT_EQ(sntp("server del 192.0.2.1").err, "switchcfg: 192.0.2.1: Not found (-8)\n") << "the first stays";
     EXPECT_EQ(sntp("server clear 192.0.2.1").err, "");
@@ -61,7 +61,7 @@ TEST(CmdSntp, ChangesAndShowsEverything)
     EXPECT_EQ(sntp("unbind all").err, "");
     EXPECT_EQ(sntp("server clear all").err, "");
     EXPECT_THAT(sntp("show").out, HasSubstr("on, without a server"));
-    EXPECT_EQ(run_command(SWITCHCFG_TOOL " ps sleep").status, 1) << "the daemon was stopped";
+    EXPECT_EQ(tool("ps sleep").status, 1) << "the daemon was stopped";
     EXPECT_EQ(sntp("auth maybe").status, 2);
 }
 
