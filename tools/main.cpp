@@ -38,6 +38,8 @@ int main(int argc, char **argv)
     add_equip_commands(app);
     add_stack_commands(app);
     add_ports_commands(app);
+    add_sntp_commands(app);
+    add_cpumon_commands(app);
     add_process_commands(app);
     add_pm_commands(app);
     add_address_commands(app);
