@@ -220,6 +220,7 @@ class SWITCHCFG_API ReqClient {
 
   private:
     std::unique_ptr<switchcfg::rpc::Link> link_; // null when memory ran out
+    int failure_result_ = -1;
 };
 
 /**
