@@ -13,7 +13,8 @@ namespace switchlab {
 // As the shell looks it up; empty when there is no such command, which exec will then say better.
 std::string find_command(const std::string &name);
 
-// Becomes the command; where that fails a line on standard error says why, and the status is the one a shell would give.
+// Becomes the command; where that fails a line on standard error says why, and the status is the one a shell would
+// give.
 [[noreturn]] void execute(char *const command[]);
 
 // The folder of switchlab itself.

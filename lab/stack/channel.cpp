@@ -148,8 +148,8 @@ Descriptor open_door(const std::string &name)
     const Address address{name};
     if (::bind(door.get(), address.get(), address.length) != 0 || ::listen(door.get(), 8) != 0) {
         if (errno == EADDRINUSE) {
-            throw Refusal("a lab '" + name +
-                          "' is up already: switchlab down ends it, --name gives this one another name");
+            throw Refusal(
+                "a lab '" + name + "' is up already: switchlab down ends it, --name gives this one another name");
         }
         throw refusal("bind", name);
     }

@@ -18,8 +18,8 @@ void Events::entrance(int part, const nlohmann::json &environment, const nlohman
         throw refusal("open", "/");
     }
     const std::array descriptors{self.get(), root.get()};
-    send_message(channel_,
-        {{"event", "entrance"}, {"part", part}, {"environment", environment}, {"daemons", daemons}}, descriptors);
+    send_message(channel_, {{"event", "entrance"}, {"part", part}, {"environment", environment}, {"daemons", daemons}},
+        descriptors);
 }
 
 } // namespace switchlab

@@ -127,8 +127,8 @@ void Keeper::look_whether_ready(Watcher &watcher)
     };
     if (ready_after_.count() < 0 && std::ranges::all_of(parts_, is_up)) {
         ready_after_ = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin_);
-        const bool complete = std::ranges::none_of(
-            parts_, [](const auto &part) { return part.second.stage == "incomplete"; });
+        const bool complete =
+            std::ranges::none_of(parts_, [](const auto &part) { return part.second.stage == "incomplete"; });
         watcher.up(ready_after_, complete);
     }
 }
@@ -179,11 +179,11 @@ void Keeper::describe(int visitor)
 json Keeper::description() const
 {
     const auto age = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin_);
-    json body{{"name", plan_.name}, {"age_ms", age.count()},
-        {"ready_ms", ready_after_.count()}, {"keeper", ::getpid()}, {"parts", json::array()}};
+    json body{{"name", plan_.name}, {"age_ms", age.count()}, {"ready_ms", ready_after_.count()}, {"keeper", ::getpid()},
+        {"parts", json::array()}};
     for (const auto &[number, part] : parts_) {
-        json entry{{"part", number}, {"stage", part.stage}, {"environment", part.environment},
-            {"daemons", part.daemons}};
+        json entry{
+            {"part", number}, {"stage", part.stage}, {"environment", part.environment}, {"daemons", part.daemons}};
         if (number == the_station) {
             entry["management"] = station_address;
         } else {

@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <fcntl.h>
 #include <poll.h>
 #include <string_view>
 #include <sys/mount.h>
@@ -47,7 +48,7 @@ class Lab {
     int run()
     {
         ::prctl(PR_SET_NAME, "switchlab-lab");
-        (void)::setsid(); // what the terminal's keys send is for the keeper
+        leave_terminal();
         (void)::sethostname(plan_.name.c_str(), plan_.name.size());
         make_inside();
         make_bridges();
@@ -60,6 +61,16 @@ class Lab {
     }
 
   private:
+    // What the terminal's keys send is for the keeper, and who waits for the end of its output need not wait for ours.
+    static void leave_terminal()
+    {
+        (void)::setsid();
+        const Descriptor nothing{::open("/dev/null", O_RDWR | O_CLOEXEC)};
+        for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+            ::dup2(nothing.get(), standard);
+        }
+    }
+
     // The mounts that all units start from: the machine's, and a place that outlives their power.
     void make_inside()
     {
@@ -79,8 +90,9 @@ class Lab {
     static void make_bridges()
     {
         bring_loopback_up();
+        std::uint8_t number = 0;
         for (const char *bridge : {management_bridge, control_bridge, stacking_bridge}) {
-            make_bridge(bridge);
+            make_bridge(bridge, {0x02, 0x00, 0x54, 0x51, 0x01, number++});
         }
         add_address(management_bridge, std::string{station_address} + "/24");
     }

@@ -44,8 +44,8 @@ UnitPlan plan_unit(int number, int model)
     // As cfg_equip_get_mgmt_ipv6_address() has them, which counts from 1.
     unit.control = {"febf::" + std::to_string(number + 1), "febf::10" + std::to_string(number + 1)};
     char stacking[40];
-    (void)std::snprintf(stacking, sizeof stacking, "fe80::%xff:fe%02x:%x%02x", unit.mac[2],
-        unit.mac[3], unit.mac[4], unit.mac[5]);
+    (void)std::snprintf(
+        stacking, sizeof stacking, "fe80::%xff:fe%02x:%x%02x", unit.mac[2], unit.mac[3], unit.mac[4], unit.mac[5]);
     unit.stacking = stacking;
     return unit;
 }

@@ -20,12 +20,12 @@ struct UnitPlan {
     int number = 0;
     int model = 0; // of the equipment table
     std::string model_name;
-    Mac mac{};                            // the unit's base address, and that of its stacking link
-    std::string management_interface;     // out of band, with `management`
-    std::string management;               // IPv4
-    std::string control_interface;        // VLAN 3 of the management link, with `control`
-    std::vector<std::string> control;     // one for each of two processor boards
-    std::string stacking;                 // link-local, of the stacking link
+    Mac mac{};                        // the unit's base address, and that of its stacking link
+    std::string management_interface; // out of band, with `management`
+    std::string management;           // IPv4
+    std::string control_interface;    // VLAN 3 of the management link, with `control`
+    std::vector<std::string> control; // one for each of two processor boards
+    std::string stacking;             // link-local, of the stacking link
     std::string host_name() const { return "unit" + std::to_string(number); }
 };
 

@@ -13,9 +13,7 @@ bool colour_wanted(int descriptor)
     return ::isatty(descriptor) != 0 && (refused == nullptr || *refused == '\0');
 }
 
-Progress::Progress(const LabPlan &plan) : plan_(plan), terminal_(::isatty(STDOUT_FILENO) != 0)
-{
-}
+Progress::Progress(const LabPlan &plan) : plan_(plan), terminal_(::isatty(STDOUT_FILENO) != 0) {}
 
 std::string Progress::name_of(int part) const
 {
@@ -77,7 +75,8 @@ void Progress::up(std::chrono::milliseconds after, bool complete)
     up_ = true;
     char text[200];
     (void)std::snprintf(text, sizeof text, "lab '%s' is up: %zu unit%s, %s after %.2f s", plan_.name.c_str(),
-        plan_.units.size(), plan_.units.size() == 1 ? "" : "s", complete ? "ready" : "not complete", static_cast<double>(after.count()) / 1000);
+        plan_.units.size(), plan_.units.size() == 1 ? "" : "s", complete ? "ready" : "not complete",
+        static_cast<double>(after.count()) / 1000);
     line(text);
     if (when_up_) {
         when_up_(complete);

@@ -46,9 +46,11 @@ std::string prompt(const LabPart &part)
 void write_shell_rules(const LabPart &part)
 {
     write_file(rules_path, "[ ! -r ~/.bashrc ] || . ~/.bashrc\n"
-                           "PATH=" + part.about["environment"].value("PATH", "$PATH") +
+                           "PATH=" +
+                               part.about["environment"].value("PATH", "$PATH") +
                                "\nunset PROMPT_COMMAND\n"
-                               "PS1='" + prompt(part) + ":\\w\\$ '\n");
+                               "PS1='" +
+                               prompt(part) + ":\\w\\$ '\n");
 }
 
 int run_inside(const LabPart &part, ShellRequest &request, const std::string &folder)
@@ -93,8 +95,8 @@ int run_inside(const LabPart &part, ShellRequest &request, const std::string &fo
 
 CLI::App *add_shell_command(CLI::App &app, ShellRequest &request)
 {
-    CLI::App *const shell =
-        app.add_subcommand("shell", "A shell on a unit, or a command: switchlab shell [UNIT] [-- COMMAND [ARGUMENT]...]");
+    CLI::App *const shell = app.add_subcommand(
+        "shell", "A shell on a unit, or a command: switchlab shell [UNIT] [-- COMMAND [ARGUMENT]...]");
     shell->add_option("UNIT", request.part, "Counted from 0, or station")->capture_default_str();
     shell->add_option("--name", request.lab, "Which lab, when there are several");
     shell->footer("Examples:\n"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/stack/station.h"
 
+#include "lab/mounts.h"
 #include "lab/namespaces.h"
 #include "lab/programs.h"
 #include "lab/refusal.h"
@@ -26,7 +27,7 @@ namespace fs = std::filesystem;
 constexpr char settings_path[] = "/etc/switchlab-snmptrapd.conf";
 // One line per notification: when, from whom, and its bindings.
 constexpr char settings[] = "disableAuthorization yes\n"
-                            "format2 %.2h:%.2j:%.2k %b %v\\n\n";
+                            "format2 %.2h:%.2j:%.2k %b %V| %v\\n\n";
 constexpr timespec look_interval{0, 10'000'000};
 
 // In a build folder beside switchlab, installed with the other data.
@@ -63,8 +64,8 @@ bool receives()
     for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         ::dup2(nothing.get(), standard);
     }
-    std::vector<std::string> words{receiver, "-f", "-C", "-n", "-c", settings_path, "-Lf", notification_log, "-p",
-        "/var/run/snmptrapd.pid"};
+    std::vector<std::string> words{receiver, "-f", "-C", "-n", "-OsQ", "-c", settings_path, "-Lf", notification_log,
+        "-p", "/var/run/snmptrapd.pid"};
     if (!names.empty()) {
         words.insert(words.end(), {"-M", names, "-m", "SWITCHCFG-MIB"});
     }
@@ -91,6 +92,7 @@ int receive(const Events &events)
         }
     }
     write_file(settings_path, settings);
+    make_folders("/var/lib/snmp/cert_indexes", 0700); // it would tell us that it made them
     write_file(notification_log, "");
     const std::string names = notification_names();
     const pid_t child = ::fork();

@@ -72,12 +72,12 @@ class Unit {
         prepare_flash(flash_);
         start_.inside->kept().keep(store + "/flash");
         start_.inside->kept().keep(flash_.image);
-        (void)start_.inside->kept().keep_if_possible(
-            std::filesystem::path{flash_.library}.parent_path().string());
+        (void)start_.inside->kept().keep_if_possible(std::filesystem::path{flash_.library}.parent_path().string());
         (void)::sethostname(plan_.host_name().c_str(), plan_.host_name().size());
         start_.inside->make();
         bind_mount((store + "/flash").c_str(), "/mnt/flash");
         make_folder("/etc/switchlab", 0755);
+        make_folders("/var/lib/snmp/cert_indexes", 0700); // the agent would tell us that it made them
         write_power_program();
         write_file("/etc/hosts", hosts());
         write_file("/etc/hostname", plan_.host_name() + "\n");
@@ -134,11 +134,16 @@ class Unit {
         }
         const Mac &mac = plan_.mac;
         char address[18];
-        (void)std::snprintf(address, sizeof address, "%02x:%02x:%02x:%02x:%02x:%02x", mac[0], mac[1], mac[2], mac[3],
-            mac[4], mac[5]);
+        (void)std::snprintf(
+            address, sizeof address, "%02x:%02x:%02x:%02x:%02x:%02x", mac[0], mac[1], mac[2], mac[3], mac[4], mac[5]);
         write_file("/tmp/factory.txt", std::string{"bootcmd=bootm 0xe8000000\nbootdelay=3\nethaddr="} + address +
                                            "\nserial=" + std::to_string(4711 + plan_.number) + "\n");
-        run_to_end({tool, "env", "--image", flash_.image, "import", "/tmp/factory.txt"});
+        const std::string image = "/tmp/factory.image"; // the tool writes into what is an environment already, or new
+        run_to_end({tool, "env", "--image", image, "import", "/tmp/factory.txt"});
+        const std::string content = read_file(image);
+        if (content.size() == flash_.geometry.size) {
+            write_file(flash_.image, content);
+        }
     }
 
     void enter_environment() const

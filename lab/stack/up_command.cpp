@@ -142,7 +142,8 @@ void add_up_command(CLI::App &app, int &status)
     command->add_option("--models", request->models, "A,B,...: their models, by number or name")->delimiter(',');
     command->add_option("--name", request->name, "What this lab is called, for when there are several")
         ->capture_default_str();
-    command->add_option("--keep", request->keep, "Folder below /var, /tmp, /mnt or /dev that stays visible (repeatable)")
+    command
+        ->add_option("--keep", request->keep, "Folder below /var, /tmp, /mnt or /dev that stays visible (repeatable)")
         ->allow_extra_args(false);
     command->add_flag("-d,--detach", request->detach, "Come back once it is up, instead of staying until Ctrl-C");
     command->callback([request, &status] { status = up(*request); });

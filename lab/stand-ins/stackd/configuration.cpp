@@ -76,13 +76,19 @@ Configuration::Configuration(const sockaddr_in6 &own_address) : listener_(::sock
     }
 }
 
+bool Configuration::in_step_with(const sockaddr_in6 &unit) const
+{
+    return in_step_ && master_ && master_->alive() && same_host(unit, *master_address_);
+}
+
 void Configuration::follow(const std::optional<sockaddr_in6> &master)
 {
-    const bool same = master.has_value() == master_address_.has_value() &&
-                      (!master || same_host(*master, *master_address_));
+    const bool same =
+        master.has_value() == master_address_.has_value() && (!master || same_host(*master, *master_address_));
     if (!same) {
         master_address_ = master;
         master_.reset();
+        in_step_ = false;
         members_.clear(); // they find the new master themselves
     }
     if (!master_address_ || (master_ && master_->alive()) || uptime_cs() < next_try_) {
@@ -107,8 +113,7 @@ std::uint64_t Configuration::look()
         }
         if (const ConfigurationLock lock; lock) {
             generation_ += master_address_ ? 0 : 1;
-            regions_[region].take_changes(
-                [&](std::uint32_t offset, Bytes bytes) { publish(region, offset, bytes); });
+            regions_[region].take_changes([&](std::uint32_t offset, Bytes bytes) { publish(region, offset, bytes); });
         }
     }
     const auto took = std::chrono::steady_clock::now() - begin;

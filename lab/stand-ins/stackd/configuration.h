@@ -24,6 +24,9 @@ class Configuration {
 
     std::uint64_t generation() const { return generation_; } // changes that the stack has seen
 
+    // Whether this unit has all that the unit at this address has, as its follower.
+    bool in_step_with(const sockaddr_in6 &unit) const;
+
     // With no address this unit is the master itself.
     void follow(const std::optional<sockaddr_in6> &master);
 
@@ -45,8 +48,8 @@ class Configuration {
     std::list<Link> members_;
     std::optional<sockaddr_in6> master_address_;
     std::optional<Link> master_;
-    std::uint64_t next_try_ = 0;  // hundredths of a second
-    bool in_step_ = false;        // the master's snapshots have arrived
+    std::uint64_t next_try_ = 0; // hundredths of a second
+    bool in_step_ = false;       // the master's snapshots have arrived
     std::uint64_t generation_ = 0;
 };
 

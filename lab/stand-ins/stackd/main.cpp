@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// switchlab-stackd: the stack manager of the lab. Tells the other units on the stacking link what this one is, announces
-// all of them in the status region, and keeps the configuration of all units the same. It owns the status region's unit
-// records, so it alone among the lab's daemons knows their layout.
+// switchlab-stackd: the stack manager of the lab. Tells the other units on the stacking link what this one is,
+// announces all of them in the status region, and keeps the configuration of all units the same. It owns the status
+// region's unit records, so it alone among the lab's daemons knows their layout.
 #include "core/status_layout.h"
 #include "lab/stand-ins/stackd/configuration.h"
 #include "lab/stand-ins/stackd/neighbours.h"
 #include "tools/stack_units.h"
+#include "util/byte_order.h"
 
 #include <switchcfg/equip.h>
 #include <switchcfg/log.h>
@@ -31,6 +32,7 @@ using namespace switchlab::stackd;
 namespace layout = switchcfg::status_layout;
 
 constexpr std::uint64_t hello_interval_cs = 20;
+constexpr std::uint64_t settled_cs = 200;
 constexpr std::uint64_t look_interval_us = 100'000;
 constexpr std::uint64_t look_share = 50; // looking for changes takes at most this part of a processor
 
@@ -87,8 +89,8 @@ class StackManager {
     void announce(const UnitFacts &unit)
     {
         switchcfg::tool::withdraw_unit(region_, unit.unit);
-        switchcfg::tool::announce_unit(region_, unit.unit,
-            {.model = unit.model, .version = unit.version, .mac = unit.mac, .plugged = false});
+        switchcfg::tool::announce_unit(
+            region_, unit.unit, {.model = unit.model, .version = unit.version, .mac = unit.mac, .plugged = false});
         (void)status_init_port_info_by_unit(unit.unit);
         form();
     }
@@ -99,11 +101,12 @@ class StackManager {
     template<typename Send>
     void notify(Send send, const UnitFacts &unit) const
     {
-        if (!master()) {
-            const auto &mac = unit.mac;
-            const std::uint32_t high = static_cast<std::uint32_t>(mac[0] << 8 | mac[1]);
-            const std::uint32_t low = static_cast<std::uint32_t>(mac[2]) << 24 | static_cast<std::uint32_t>(mac[3]) << 16 |
-                                      static_cast<std::uint32_t>(mac[4]) << 8 | mac[5];
+        // Units that a master finds when it comes itself have not just joined.
+        if (!master() && uptime_cs() - born_ > settled_cs) {
+            std::array<std::uint8_t, 8> identifier{};
+            std::ranges::copy(unit.mac, identifier.begin());
+            const auto high = switchcfg::load_ordered<std::endian::big, std::uint32_t>(identifier.data());
+            const auto low = switchcfg::load_ordered<std::endian::big, std::uint32_t>(identifier.data() + 4);
             (void)send(unit.unit, 0, high, low, Equip_tq5200[unit.model].name);
         }
     }
@@ -133,7 +136,9 @@ class StackManager {
         int unit = own_.unit;
         std::optional<sockaddr_in6> found;
         for (const auto &[number, neighbour] : neighbours_.all()) {
-            const std::uint64_t its = neighbour.facts.generation;
+            // What the master has said last is older than the changes that came from it since.
+            const std::uint64_t its = configuration_.in_step_with(neighbour.address) ? configuration_.generation()
+                                                                                     : neighbour.facts.generation;
             if (its > generation || (its == generation && number < unit)) {
                 generation = its;
                 unit = number;
@@ -147,6 +152,7 @@ class StackManager {
     Neighbours neighbours_;
     Configuration configuration_;
     std::uint8_t *region_ = nullptr;
+    std::uint64_t born_ = uptime_cs();
     std::uint64_t next_hello_ = 0;
     std::uint64_t next_look_ = 0;
 };

@@ -141,8 +141,8 @@ void Neighbours::listen(int own_unit, const std::function<void(const UnitFacts &
     sockaddr_in6 from{};
     socklen_t length = sizeof from;
     ssize_t got = 0;
-    while ((got = ::recvfrom(socket_.get(), bytes.data(), bytes.size(), 0, reinterpret_cast<sockaddr *>(&from),
-                &length)) >= 0) {
+    while ((got = ::recvfrom(
+                socket_.get(), bytes.data(), bytes.size(), 0, reinterpret_cast<sockaddr *>(&from), &length)) >= 0) {
         const auto facts = decode(std::span{bytes}.first(static_cast<std::size_t>(got)));
         length = sizeof from;
         if (!facts || facts->unit == own_unit || from.sin6_scope_id != own_address_.sin6_scope_id) {
