@@ -133,3 +133,17 @@ int sntp_dump_lastOk_ip_addr(char *buffer) noexcept
                ? 0
                : -1;
 }
+
+int sntp_set_lastOk_ip_addr(const char *address) noexcept
+{
+    cfg_ip_addr server;
+    if (!parse_address(address, server)) {
+        return result::invalid_parameter;
+    }
+    std::uint8_t *const status = status_base();
+    if (status == nullptr) {
+        return result::not_mapped;
+    }
+    store_address(bytes(status, status_layout::sntp_last_server), server);
+    return 0;
+}

@@ -121,6 +121,9 @@ SWITCHCFG_API int sntp_dump_server_ip_addr(int slot, char *buffer) SWITCHCFG_NOE
 /** The same of the server that answered last, which the SNTP daemon leaves in the status region. */
 SWITCHCFG_API int sntp_dump_lastOk_ip_addr(char *buffer) SWITCHCFG_NOEXCEPT;
 
+/** For the SNTP daemon: leave the server that answered last in the status region. @return 0, -7, -1 */
+SWITCHCFG_API int sntp_set_lastOk_ip_addr(const char *address) SWITCHCFG_NOEXCEPT;
+
 /**@}*/
 
 /**

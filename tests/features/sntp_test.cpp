@@ -347,6 +347,10 @@ TEST_F(Sntp, TheLastServerThatAnsweredIsInTheStatusRegion)
     EXPECT_EQ(sntp_dump_lastOk_ip_addr(text), 0);
     EXPECT_STREQ(text, "192.0.2.99");
     EXPECT_EQ(sntp_dump_lastOk_ip_addr(nullptr), -1);
+    EXPECT_EQ(sntp_set_lastOk_ip_addr("nobody"), -7);
+    EXPECT_EQ(sntp_set_lastOk_ip_addr("192.0.2.98"), 0);
+    EXPECT_EQ(record[3], 98);
+    EXPECT_EQ(record[4], 0) << "the whole record";
 }
 
 struct Rights {

@@ -64,41 +64,41 @@ std::string running_time(const Row &row)
 template<typename Subject>
 struct ColumnOf {
     std::uint32_t id;
-    const char *title;
     bool is_text;
+    const char *title;
     std::string (*value)(const Subject &);
 };
 
 enum ProcessColumn : std::uint32_t { resident = 3, lately = 14 };
 
 constexpr ColumnOf<Row> process_columns[] = {
-    {1, "PID", false, pid},
-    {2, "PROCESS", true, name},
-    {resident, "RESIDENT KiB", false, [](const Row &row) { return std::to_string(row.process.resident_kib); }},
-    {4, "MEMORY %", false,
+    {1, false, "PID", pid},
+    {2, true, "PROCESS", name},
+    {resident, false, "RESIDENT KiB", [](const Row &row) { return std::to_string(row.process.resident_kib); }},
+    {4, false, "MEMORY %",
         [](const Row &row) { return percent_of(row.process.resident_kib, row.now.memory.total_kib); }},
-    {5, "VIRTUAL KiB", false, [](const Row &row) { return std::to_string(row.process.virtual_kib); }},
-    {9, "PID", false, pid},
-    {10, "PROCESS", true, name},
-    {11, "STATE", true, [](const Row &row) { return std::string(1, row.process.state); }},
-    {12, "PRIORITY", false, [](const Row &row) { return std::to_string(row.process.priority); }},
-    {13, "THREADS", false, [](const Row &row) { return std::to_string(row.process.threads); }},
-    {lately, "5 s %", false, usage<5>},
-    {15, "1 min %", false, usage<60>},
-    {16, "5 min %", false, usage<300>},
-    {17, "USER", false, [](const Row &row) { return clock_text(row.process.user); }},
-    {18, "SYSTEM", false, [](const Row &row) { return clock_text(row.process.system); }},
-    {19, "TOTAL", false, [](const Row &row) { return clock_text(row.process.total()); }},
-    {20, "RUNNING", false, running_time},
-    {21, "CPU", false, [](const Row &row) { return std::to_string(row.process.processor); }},
+    {5, false, "VIRTUAL KiB", [](const Row &row) { return std::to_string(row.process.virtual_kib); }},
+    {9, false, "PID", pid},
+    {10, true, "PROCESS", name},
+    {11, true, "STATE", [](const Row &row) { return std::string(1, row.process.state); }},
+    {12, false, "PRIORITY", [](const Row &row) { return std::to_string(row.process.priority); }},
+    {13, false, "THREADS", [](const Row &row) { return std::to_string(row.process.threads); }},
+    {lately, false, "5 s %", usage<5>},
+    {15, false, "1 min %", usage<60>},
+    {16, false, "5 min %", usage<300>},
+    {17, false, "USER", [](const Row &row) { return clock_text(row.process.user); }},
+    {18, false, "SYSTEM", [](const Row &row) { return clock_text(row.process.system); }},
+    {19, false, "TOTAL", [](const Row &row) { return clock_text(row.process.total()); }},
+    {20, false, "RUNNING", running_time},
+    {21, false, "CPU", [](const Row &row) { return std::to_string(row.process.processor); }},
 };
 
 constexpr ColumnOf<Processor> processor_columns[] = {
-    {2, "PROCESSOR", true, [](const Processor &one) { return one.name; }},
-    {3, "USER %", false, [](const Processor &one) { return percent_of(one.user, one.total()); }},
-    {4, "SYSTEM %", false, [](const Processor &one) { return percent_of(one.system, one.total()); }},
-    {14, "IDLE %", false, [](const Processor &one) { return percent_of(one.idle, one.total()); }},
-    {10, "BUSY %", false, [](const Processor &one) { return percent_of(one.user + one.system, one.total()); }},
+    {2, true, "PROCESSOR", [](const Processor &one) { return one.name; }},
+    {3, false, "USER %", [](const Processor &one) { return percent_of(one.user, one.total()); }},
+    {4, false, "SYSTEM %", [](const Processor &one) { return percent_of(one.system, one.total()); }},
+    {14, false, "IDLE %", [](const Processor &one) { return percent_of(one.idle, one.total()); }},
+    {10, false, "BUSY %", [](const Processor &one) { return percent_of(one.user + one.system, one.total()); }},
 };
 
 struct NamedMemory {
@@ -107,11 +107,11 @@ struct NamedMemory {
 };
 
 constexpr ColumnOf<NamedMemory> memory_columns[] = {
-    {2, "KIND", true, [](const NamedMemory &one) { return std::string{one.name}; }},
-    {1, "TOTAL KiB", false, [](const NamedMemory &one) { return std::to_string(one.memory.total_kib); }},
-    {3, "USED KiB", false, [](const NamedMemory &one) { return std::to_string(one.memory.used_kib()); }},
-    {6, "FREE KiB", false, [](const NamedMemory &one) { return std::to_string(one.memory.free_kib); }},
-    {7, "USED %", false,
+    {2, true, "KIND", [](const NamedMemory &one) { return std::string{one.name}; }},
+    {1, false, "TOTAL KiB", [](const NamedMemory &one) { return std::to_string(one.memory.total_kib); }},
+    {3, false, "USED KiB", [](const NamedMemory &one) { return std::to_string(one.memory.used_kib()); }},
+    {6, false, "FREE KiB", [](const NamedMemory &one) { return std::to_string(one.memory.free_kib); }},
+    {7, false, "USED %",
         [](const NamedMemory &one) { return percent_of(one.memory.used_kib(), one.memory.total_kib); }},
 };
 
@@ -174,6 +174,7 @@ Table process_table(const Snapshot &now, const Sampler &sampler, const std::vect
         std::ranges::sort(processes, {}, &Process::pid);
     }
     std::vector<Row> rows;
+    rows.reserve(processes.size());
     for (const Process &process : processes) {
         rows.push_back({now, sampler, process});
     }

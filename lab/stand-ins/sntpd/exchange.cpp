@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/stand-ins/sntpd/exchange.h"
 
-#include "util/byte_order.h"
-#include "util/owned.h"
-
 #include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstring>
+#include <endian.h>
 #include <netinet/in.h>
 #include <openssl/crypto.h>
 #include <openssl/evp.h>
@@ -15,6 +13,7 @@
 #include <random>
 #include <span>
 #include <sys/socket.h>
+#include <unistd.h>
 #include <vector>
 
 namespace switchlab::sntpd {
@@ -22,8 +21,6 @@ namespace switchlab::sntpd {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
-using switchcfg::load_ordered;
-using switchcfg::store_ordered;
 
 constexpr std::size_t packet_size = 48;
 constexpr std::size_t longest_digest = 20; // longer ones are cut
@@ -32,6 +29,31 @@ constexpr std::uint64_t unix_epoch = 2208988800U; // seconds from 1900 to 1970
 constexpr std::chrono::seconds patience{1};
 
 enum Place : std::size_t { stratum_at = 1, originate_at = 24, receive_at = 32, transmit_at = 40 };
+
+class Socket {
+  public:
+    explicit Socket(int family) : fd_(::socket(family, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {}
+    ~Socket() { ::close(fd_); }
+    Socket(const Socket &) = delete;
+    Socket &operator=(const Socket &) = delete;
+    int get() const { return fd_; }
+
+  private:
+    int fd_;
+};
+
+void put64(std::uint8_t *place, std::uint64_t value)
+{
+    value = htobe64(value);
+    std::memcpy(place, &value, sizeof value);
+}
+
+std::uint64_t get64(const std::uint8_t *place)
+{
+    std::uint64_t value = 0;
+    std::memcpy(&value, place, sizeof value);
+    return be64toh(value);
+}
 
 // Seconds since 1900 in the upper half, their fraction in the lower.
 std::uint64_t ntp_now()
@@ -71,11 +93,12 @@ Bytes question(std::uint64_t mark, const Key *key)
 {
     Bytes packet(packet_size);
     packet[0] = version_4_client;
-    store_ordered<std::endian::big>(&packet[transmit_at], mark);
+    put64(&packet[transmit_at], mark);
     if (key != nullptr) {
         const Bytes digest = digest_of(*key, packet);
-        packet.resize(packet_size + 4);
-        store_ordered<std::endian::big>(&packet[packet_size], key->id);
+        const std::uint32_t id = htonl(key->id);
+        packet.resize(packet_size + sizeof id);
+        std::memcpy(&packet[packet_size], &id, sizeof id);
         packet.insert(packet.end(), digest.begin(), digest.end());
     }
     return packet;
@@ -84,16 +107,19 @@ Bytes question(std::uint64_t mark, const Key *key)
 bool is_authentic(const Bytes &reply, const Key &key)
 {
     const Bytes digest = digest_of(key, std::span{reply}.first(packet_size));
-    return !digest.empty() && reply.size() == packet_size + 4 + digest.size() &&
-           load_ordered<std::endian::big, std::uint32_t>(&reply[packet_size]) == key.id &&
-           ::CRYPTO_memcmp(&reply[packet_size + 4], digest.data(), digest.size()) == 0;
+    std::uint32_t id = 0;
+    if (digest.empty() || reply.size() != packet_size + sizeof id + digest.size()) {
+        return false;
+    }
+    std::memcpy(&id, &reply[packet_size], sizeof id);
+    return ntohl(id) == key.id && ::CRYPTO_memcmp(&reply[packet_size + sizeof id], digest.data(), digest.size()) == 0;
 }
 
 Answer judge(const Bytes &reply, std::uint64_t mark, std::uint64_t sent, const Key *key)
 {
     const std::uint64_t received = ntp_now();
     Answer answer;
-    const auto word = [&](Place place) { return load_ordered<std::endian::big, std::uint64_t>(&reply[place]); };
+    const auto word = [&](Place place) { return get64(&reply[place]); };
     if (reply.size() < packet_size || (reply[0] & 7U) != 4 || word(originate_at) != mark) {
         answer.refused = "is no answer to the question";
     } else if (key != nullptr && !is_authentic(reply, *key)) {
@@ -123,14 +149,14 @@ Answer ask(const cfg_ip_addr &server, std::uint16_t port, const Key *key)
     v6.sin6_family = AF_INET6;
     v6.sin6_port = htons(port);
     std::memcpy(&v6.sin6_addr, server.addr, sizeof v6.sin6_addr);
-    const switchcfg::Descriptor fd{::socket(four ? AF_INET : AF_INET6, SOCK_DGRAM | SOCK_CLOEXEC, 0)};
+    const Socket fd{four ? AF_INET : AF_INET6};
     const auto *const address =
         four ? reinterpret_cast<const sockaddr *>(&v4) : reinterpret_cast<const sockaddr *>(&v6);
     // A number that nobody else can know stands for the time of sending: it comes back and tells our answers apart.
     std::random_device random;
     const std::uint64_t mark = (static_cast<std::uint64_t>(random()) << 32U) | random();
     const Bytes packet = question(mark, key);
-    if (!fd || ::connect(fd.get(), address, four ? sizeof v4 : sizeof v6) != 0) {
+    if (::connect(fd.get(), address, four ? sizeof v4 : sizeof v6) != 0) {
         return {"cannot be reached", 0, 0};
     }
     const std::uint64_t sent = ntp_now();

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // switchlab-sntpd: the SNTP daemon of the lab. Follows the running configuration and the key file, asks the servers for
 // the time, and says what they answer. It leaves the clock alone: that is the workstation's.
-#include "core/status_layout.h"
 #include "lab/stand-ins/sntpd/exchange.h"
 #include "lab/stand-ins/sntpd/settings.h"
 
+#include <switchcfg/sntp.h>
 #include <switchcfg/startup.h>
 #include <switchcfg/status.h>
 
@@ -15,7 +15,6 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <exception>
 #include <optional>
 #include <string>
@@ -34,13 +33,6 @@ void say(const std::string &what)
     (void)std::fflush(stdout);
 }
 
-void remember(const cfg_ip_addr &server)
-{
-    const auto record =
-        switchcfg::bytes(static_cast<std::uint8_t *>(get_status()), switchcfg::status_layout::sntp_last_server);
-    std::memcpy(record.data(), &server, record.size());
-}
-
 // The first server that gives a believable answer is the one.
 void ask_servers(const Settings &settings, std::uint16_t port)
 {
@@ -55,7 +47,7 @@ void ask_servers(const Settings &settings, std::uint16_t port)
             say(server.text + " " + answer.refused);
             continue;
         }
-        remember(server.address());
+        (void)sntp_set_lastOk_ip_addr(server.text.c_str());
         char offset[32];
         (void)std::snprintf(offset, sizeof offset, "%+.6f", answer.offset_s);
         say(server.text + " answers, stratum " + std::to_string(answer.stratum) + ", offset " + offset + " s" +
