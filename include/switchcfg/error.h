@@ -63,6 +63,13 @@ SWITCHCFG_API int cfg_error_from_stp(int stp_code) SWITCHCFG_NOEXCEPT;
 SWITCHCFG_API int cfg_error_from_psm(int psm_code) SWITCHCFG_NOEXCEPT;
 
 /**
+ * Translate a result of the process-manager client (pm_client.h): -1 (no answer) to -37, -2 (no such process) to -8, -3
+ * (disabled) to -43, -4 (unknown request) to -7, -5 (cannot be started) to -2.
+ * @return 0 for 0 and above; -1 for a negative result that is unknown
+ */
+SWITCHCFG_API int cfg_pmg_err_code_translate(int result) SWITCHCFG_NOEXCEPT;
+
+/**
  * Replace the error message, cut to CFG_ERROR_MSG_SIZE - 1 bytes, when the channel is enabled; do nothing when it is
  * not. No argument may point into the error message.
  * @return 0
