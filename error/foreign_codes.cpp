@@ -36,12 +36,14 @@ constexpr Row psm_rows[] = {
     {-1005,  -7},
     {-1006, -10},
 };
-constexpr Row pmg_rows[] = {
+constexpr Row pm_rows[] = {
     {-1, -37}, // no answer
     {-2,  -8}, // no such process
     {-3, -43}, // disabled
-    {-4,  -7}, // unknown request
-    {-5,  -2}, // cannot be started
+    {-4, -43}, // no such command
+    {-5,  -2}, // cannot be started, or listed
+    {-6,  -8}, // no process of that name
+    {-7,  -7}, // the caller itself
 };
 // clang-format on
 
@@ -69,7 +71,7 @@ struct Translation {
 
 constexpr Translation<0, 19> from_sdk{sdk_rows, -10};
 constexpr Translation<-1001, 6> from_psm{psm_rows, -1};
-constexpr Translation<-1, 5> from_pmg{pmg_rows, -1};
+constexpr Translation<-1, 7> from_pm{pm_rows, -1};
 
 } // namespace
 
@@ -92,7 +94,7 @@ int cfg_error_from_psm(int psm_code) noexcept
     return from_psm(psm_code);
 }
 
-int cfg_pmg_err_code_translate(int result) noexcept
+int cfg_pmg_err_code_translate(int pm_code) noexcept
 {
-    return result >= 0 ? 0 : from_pmg(result);
+    return pm_code >= 0 ? 0 : from_pm(pm_code);
 }

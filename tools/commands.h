@@ -24,7 +24,10 @@ void add_units_command(CLI::App &app);
 void add_status_commands(CLI::App &app);
 void add_equip_commands(CLI::App &app);
 void add_stack_commands(CLI::App &app);
+void add_top_command(CLI::App &app);
 void add_ports_commands(CLI::App &app);
+void add_sntp_commands(CLI::App &app);
+void add_cpumon_commands(CLI::App &app);
 
 } // namespace switchcfg::tool
 

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // switchcfg: what a process of the switch sees, and how to change it.
 #include "tools/commands.h"
+#include "tools/completion.h"
+#include "tools/examples.h"
 #include "tools/failure.h"
 #include "tools/long_output.h"
+#include "tools/manual.h"
 #include "tools/output.h"
 
 #include <exception>
@@ -36,12 +39,28 @@ int main(int argc, char **argv)
     add_equip_commands(app);
     add_stack_commands(app);
     add_ports_commands(app);
+    add_sntp_commands(app);
+    add_cpumon_commands(app);
     add_process_commands(app);
     add_pm_commands(app);
     add_address_commands(app);
+    add_top_command(app);
+    add_examples(app);
 
     try {
         LongOutput output{app};
+        // For shells and for packaging: their words are not the tool's own, so they are not parsed.
+        const std::vector<std::string> words(argv + 1, argv + argc);
+        if (words.size() > 1 && words.front() == "complete-words") {
+            for (const std::string &word : completions(app, std::span{words}.subspan(1))) {
+                std::cout << word << '\n';
+            }
+            return 0;
+        }
+        if (words.size() == 2 && words.front() == "write-manual") {
+            write_manual(app, words.back());
+            return 0;
+        }
         app.parse_complete_callback([&] { output.begin(); });
         try {
             app.parse(argc, argv);

@@ -62,7 +62,7 @@ TEST(ForeignCodes, TranslateAtAndAroundTheirRanges)
         {-14, -2}, {-15, -42}, {-16, -43}, {-17, -10}, {-18, -3}, {-19, -10}, {1, -10}, {INT_MIN, -10}, {INT_MAX, -10}},
       supplies[] = {{-1000, -1}, {-1001, -1}, {-1002, -7}, {-1003, -1}, {-1004, -8}, {-1005, -7}, {-1006, -10},
           {-1007, -1}, {0, -1}, {1004, -1}, {INT_MIN, -1}, {INT_MAX, -1}},
-      manager[] = {{0, 0}, {INT_MAX, 0}, {-1, -37}, {-2, -8}, {-3, -43}, {-4, -7}, {-5, -2}, {-6, -1}, {INT_MIN, -1}};
+      manager[] = {{0, 0}, {1, 0}, {INT_MAX, 0}, {-1, -37}, {-4, -43}, {-7, -7}, {-8, -1}, {INT_MIN, -1}};
     for (const auto &row : chip) {
         EXPECT_EQ(cfg_error_from_bcm(row.foreign), row.ours) << row.foreign;
     }
