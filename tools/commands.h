@@ -15,6 +15,7 @@ void add_env_commands(CLI::App &app);
 void add_log_commands(CLI::App &app);
 void add_trap_commands(CLI::App &app);
 void add_request_command(CLI::App &app);
+void add_routing_commands(CLI::App &app);
 void add_error_command(CLI::App &app);
 void add_process_commands(CLI::App &app);
 void add_pm_commands(CLI::App &app);

@@ -32,6 +32,7 @@ int main(int argc, char **argv)
     add_log_commands(app);
     add_trap_commands(app);
     add_request_command(app);
+    add_routing_commands(app);
     add_error_command(app);
     add_units_command(app);
     add_status_commands(app);

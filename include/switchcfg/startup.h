@@ -55,8 +55,8 @@ SWITCHCFG_API int cfg_init(void) SWITCHCFG_NOEXCEPT;
 SWITCHCFG_API int cfg_init_generic(struct cfg_crash_hook *crash_hook) SWITCHCFG_NOEXCEPT;
 
 /**
- * Detach the process: unmap the configuration, close the locks, release the status region and the process-manager
- * client. Does nothing when not attached. The signal handlers stay.
+ * Detach the process: unmap the configuration, close the connection to the routing stack, close the locks, release the
+ * status region and the process-manager client. Does nothing when not attached. The signal handlers stay.
  * @return 0
  */
 SWITCHCFG_API int cfg_exit(void) SWITCHCFG_NOEXCEPT;
