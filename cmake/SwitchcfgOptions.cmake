@@ -27,7 +27,9 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
 # The settings of our own code; a target takes them by linking switchcfg-settings privately.
 add_library(switchcfg-settings INTERFACE)
-target_compile_definitions(switchcfg-settings INTERFACE _GNU_SOURCE)
+# 64-bit file offsets and inode numbers on 32-bit machines too: otherwise stat() and open() refuse files whose numbers
+# do not fit, such as those of a tmpfs or an overlay on a 64-bit inode range. No type of the interface depends on it.
+target_compile_definitions(switchcfg-settings INTERFACE _GNU_SOURCE _FILE_OFFSET_BITS=64)
 target_include_directories(switchcfg-settings INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_options(switchcfg-settings INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wformat=2 -Wundef -Wvla
