@@ -4,8 +4,8 @@
 
 packages_build=(build-essential cmake ninja-build pkg-config zlib1g-dev libcli11-dev nlohmann-json3-dev libfuse3-dev libsnmp-dev)
 packages_demo=(procps snmptrapd busybox-static tftpd-hpa)
-packages_test=(libgtest-dev libgmock-dev libbenchmark-dev iproute2 libubootenv-tool mtd-utils)
-packages_lint=(clang-format clang-tidy)
+packages_test=(libgtest-dev libgmock-dev libbenchmark-dev iproute2 libubootenv-tool mtd-utils smitools snmp)
+packages_lint=(clang-format clang-tidy doxygen)
 # The target, on a workstation: scripts/target-deps, the tests under emulation, the comparison of interfaces.
 packages_target=(g++-powerpc-linux-gnu qemu-user-static dpkg-dev debian-archive-keyring libzmq3-dev protobuf-compiler
     libprotobuf-dev libboost-dev libgtest-dev)
