@@ -9,7 +9,8 @@ set_target_properties(switchcfg-funclist PROPERTIES
 target_link_libraries(switchcfg-funclist
     PRIVATE $<BUILD_INTERFACE:switchcfg-settings> $<BUILD_INTERFACE:switchcfg-zeromq> Threads::Threads
     PUBLIC switchcfg protobuf::libprotobuf)
-target_compile_options(switchcfg-funclist PRIVATE -fno-semantic-interposition -ffunction-sections -fdata-sections)
+target_compile_options(switchcfg-funclist PRIVATE -fno-semantic-interposition -ffunction-sections -fdata-sections
+    $<$<BOOL:${SWITCHCFG_DEBUG_INFO}>:-g>)
 target_link_options(switchcfg-funclist PRIVATE
     -Wl,--no-undefined -Wl,--gc-sections -Wl,--as-needed
     -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/libswitchcfg-funclist.map)

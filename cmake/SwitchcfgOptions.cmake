@@ -8,6 +8,7 @@ option(SWITCHCFG_BUILD_TESTS "Build the tests (run through switchlab)" ${PROJECT
 option(SWITCHCFG_BUILD_BENCH "Build the benchmarks" ${PROJECT_IS_TOP_LEVEL})
 option(SWITCHCFG_BUILD_FUZZ "Build the fuzz programs (needs clang)" OFF)
 option(SWITCHCFG_UNITY "Compile the sources of switchcfg together: the argument parser is all header" OFF)
+option(SWITCHCFG_DEBUG_INFO "Debug information in the libraries whatever the build type: the comparison of interfaces reads it" OFF)
 option(SWITCHCFG_WERROR "Treat warnings as errors" OFF)
 set(SWITCHCFG_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
 
@@ -28,7 +29,9 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
 # The settings of our own code; a target takes them by linking switchcfg-settings privately.
 add_library(switchcfg-settings INTERFACE)
-target_compile_definitions(switchcfg-settings INTERFACE _GNU_SOURCE)
+# 64-bit file offsets and inode numbers on 32-bit machines too: otherwise stat() and open() refuse files whose numbers
+# do not fit, such as those of a tmpfs or an overlay on a 64-bit inode range. No type of the interface depends on it.
+target_compile_definitions(switchcfg-settings INTERFACE _GNU_SOURCE _FILE_OFFSET_BITS=64)
 target_include_directories(switchcfg-settings INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_options(switchcfg-settings INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wformat=2 -Wundef -Wvla

@@ -8,6 +8,9 @@ packages_demo=(procps snmptrapd busybox-static tftpd-hpa iproute2 chrony tidy)
 packages_test=(libgtest-dev libgmock-dev libbenchmark-dev iproute2 libubootenv-tool mtd-utils smitools snmp chrony
     tidy)
 packages_lint=(clang-format clang-tidy doxygen)
+# The target, on a workstation: scripts/target-deps, the tests under emulation, the comparison of interfaces.
+packages_target=(g++-powerpc-linux-gnu qemu-user-static dpkg-dev debian-archive-keyring libzmq3-dev protobuf-compiler
+    libprotobuf-dev libboost-dev libgtest-dev)
 
 # need_packages PACKAGE...: installs the missing ones as root, else prints the exact line that would and ends.
 need_packages() {
