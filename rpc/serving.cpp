@@ -16,6 +16,7 @@ constexpr const char *waker_address = "inproc://waker";
 // What peers may make the library under us keep; a request that waits its turn counts.
 constexpr std::uint64_t pending_limit = 2 * std::uint64_t{max_frame};
 constexpr std::uint64_t pending_limit_total = std::uint64_t{64} << 20;
+constexpr std::size_t handshake_size = 1024; // longer than any probe; the limit counts for what is said first too
 constexpr std::uint64_t probes_pending_limit = 64 * 1024;
 
 thread_local bool serving_here = false;
@@ -126,7 +127,7 @@ int Serving::bind(const std::string &endpoint, bool keep_trying)
 int Serving::serve_keep_alive(const std::string &endpoint, const std::string &name)
 {
     watch_name_ = name;
-    return open_port(keep_alive_, "keep-alive-events", probe_size, probes_pending_limit, 16)
+    return open_port(keep_alive_, "keep-alive-events", handshake_size, probes_pending_limit, 16)
                ? bind_port(keep_alive_, endpoint, true)
                : -1;
 }
