@@ -81,7 +81,7 @@ std::vector<Holder> holders_of(const std::string &path)
     return holders;
 }
 
-void list()
+void list_locks()
 {
     attach();
     Json json = Json::array();
@@ -143,7 +143,7 @@ void add_lock_commands(CLI::App &app)
 {
     auto *lock = app.add_subcommand("lock", "The named locks between processes");
     lock->require_subcommand(1);
-    lock->add_subcommand("list", "Each lock, its file, and who holds it and how")->callback(list);
+    lock->add_subcommand("list", "Each lock, its file, and who holds it and how")->callback(list_locks);
 
     auto *run_command = lock->add_subcommand("run", "Run a command while holding a lock; its exit status is ours");
     auto name = std::make_shared<std::string>();

@@ -114,7 +114,7 @@ void list_commands()
     list_names(LOGGERS_CMD_HELP, LOGGERS_CMD_COUNT - 1, 1, log_get_command_string);
 }
 
-void add_send(CLI::App &log)
+void add_log_send(CLI::App &log)
 {
     auto *command = log.add_subcommand("send", "Hand one message to the logging daemon");
     auto request = std::make_shared<SendRequest>();
@@ -134,7 +134,7 @@ void add_log_commands(CLI::App &app)
     auto *log = app.add_subcommand("log", "Messages to the logging daemon, and its stores");
     log->require_subcommand(1);
     log->footer("STORE is ram, internal-ram, flash, internal-flash, or the name of any other destination.");
-    add_send(*log);
+    add_log_send(*log);
 
     auto store = std::make_shared<std::string>();
     auto match = std::make_shared<std::string>();

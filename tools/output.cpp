@@ -10,18 +10,18 @@
 namespace switchcfg::tool {
 namespace {
 
-bool json = false;
+bool json_chosen = false;
 
 } // namespace
 
 bool json_wanted()
 {
-    return json;
+    return json_chosen;
 }
 
 void want_json(bool wanted)
 {
-    json = wanted;
+    json_chosen = wanted;
 }
 
 bool colour_wanted()

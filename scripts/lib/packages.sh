@@ -6,7 +6,7 @@ packages_build=(build-essential cmake ninja-build pkg-config zlib1g-dev libcli11
     libzmq3-dev libprotobuf-dev protobuf-compiler libboost-dev)
 packages_demo=(procps snmptrapd busybox-static tftpd-hpa)
 packages_test=(libgtest-dev libgmock-dev libbenchmark-dev iproute2 libubootenv-tool mtd-utils)
-packages_lint=(clang-format clang-tidy)
+packages_lint=(clang-format clang-tidy doxygen)
 
 # need_packages PACKAGE...: installs the missing ones as root, else prints the exact line that would and ends.
 need_packages() {
