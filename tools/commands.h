@@ -24,6 +24,8 @@ void add_status_commands(CLI::App &app);
 void add_equip_commands(CLI::App &app);
 void add_stack_commands(CLI::App &app);
 void add_ports_commands(CLI::App &app);
+// Hands the whole command line on to another program.
+void add_call_command(CLI::App &app, int argc, char **argv);
 
 } // namespace switchcfg::tool
 

@@ -1,12 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // switchcfg: what a process of the switch sees, and how to change it.
 #include "tools/commands.h"
-#include "tools/failure.h"
-#include "tools/long_output.h"
-#include "tools/output.h"
-
-#include <exception>
-#include <iostream>
+#include "tools/run.h"
 
 // NOLINTNEXTLINE(bugprone-exception-escape): without memory for its own options the tool can only end
 int main(int argc, char **argv)
@@ -18,10 +13,6 @@ int main(int argc, char **argv)
     app.fallthrough();
     app.footer("Exit status: 0 done, 1 could not be done, 2 wrong usage.\n"
                "Without a switch, run it in a lab: switchlab run -- switchcfg ...");
-    app.add_flag_callback(
-           "--json", [] { want_json(true); }, "Print data as JSON")
-        ->trigger_on_parse();
-
     add_init_command(app);
     add_config_commands(app);
     add_lock_commands(app);
@@ -38,27 +29,7 @@ int main(int argc, char **argv)
     add_process_commands(app);
     add_pm_commands(app);
     add_address_commands(app);
+    add_call_command(app, argc, argv);
 
-    try {
-        LongOutput output{app};
-        app.parse_complete_callback([&] { output.begin(); });
-        try {
-            app.parse(argc, argv);
-        } catch (...) {
-            output.finish(); // what there is comes before the reason why there is no more
-            throw;
-        }
-        output.finish();
-        return 0;
-    } catch (const CLI::Success &request) {
-        return app.exit(request);
-    } catch (const CLI::ParseError &wrong) {
-        std::cerr << "switchcfg: " << wrong.what() << '\n';
-        return 2;
-    } catch (const CommandStatus &command) {
-        return command.status;
-    } catch (const std::exception &failure) {
-        std::cerr << "switchcfg: " << failure.what() << '\n';
-        return 1;
-    }
+    return run(app, argc, argv);
 }
