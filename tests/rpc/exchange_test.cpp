@@ -5,11 +5,12 @@
 #include <atomic>
 #include <csignal>
 #include <ctime>
-#include <future>
+#include <gmock/gmock.h>
 #include <google/protobuf/empty.pb.h>
 #include <latch>
 #include <sys/wait.h>
 #include <thread>
+#include <vector>
 #include <zmq.h>
 
 using namespace switchcfg::testing;
@@ -287,6 +288,9 @@ TEST(RpcServer, ComesToServeWhenItsPredecessorIsGone)
     KeptAlive client;
     EXPECT_EQ(client.call(own, ""), 0);
     predecessor.reset();
+    // A request that leaves before the end of the old connection is noticed here is lost, as nobody can tell whether it
+    // ran.
+    EXPECT_THAT(client.call(own, ""), testing::AnyOf(2, -1000));
     EXPECT_EQ(client.call(own, ""), 2);
 }
 
@@ -336,6 +340,9 @@ TEST(RpcServer, AForkedChildLeavesItAloneAndExits)
 
 TEST(RpcServer, WithoutDescriptorsNothingWorksAndNothingBreaks)
 {
+    if (sanitized) {
+        GTEST_SKIP() << "the sanitizer's own checks need descriptors";
+    }
     const int before = open_descriptors();
     {
         const NoMoreDescriptors none;

@@ -25,6 +25,12 @@ using Body = std::function<int(const std::string &input, Slot *reply)>;
 inline constexpr const char *request_endpoint = "tcp://127.0.0.1:62050";
 inline constexpr const char *keep_alive_endpoint = "tcp://127.0.0.1:62060";
 
+#ifdef __SANITIZE_ADDRESS__
+inline constexpr bool sanitized = true;
+#else
+inline constexpr bool sanitized = false;
+#endif
+
 enum Id : std::uint32_t { echo = 1, own = 2, fail = 3, throws = 4, too_much = 5, nobody = 99 };
 
 inline Slot bytes(const std::string &text)
