@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Calls into the switch-chip daemon: in place inside the daemon, over its port from everywhere else.
+// Calls that go through the daemon's port.
 #include <switchcfg/funclist.h>
 #include <switchcfg/startup.h>
 #include <switchcfg/vxlog.h>
@@ -12,7 +12,6 @@
 #include <cstring>
 #include <google/protobuf/stubs/logging.h>
 #include <memory>
-#include <new>
 #include <string>
 #include <sys/time.h>
 #include <unistd.h>
@@ -126,24 +125,10 @@ int call_remote(Type type, std::uint32_t arg1, std::uint32_t arg2, std::uint32_t
     return result;
 }
 
-template<typename Message, typename Type>
-int call(Type type, std::uint32_t arg1, std::uint32_t arg2, std::uint32_t arg3, std::uint32_t arg4, const void *input,
-    std::uint32_t input_length, void **output, std::uint32_t *output_length)
-{
-    const BcmdFunclistClient *const client = BcmdFunclistClient::getInstance();
-    if (client != nullptr && client->local_call) {
-        return BcmdFunclistServer::getInstance().execBcmdFunc(
-            type, arg1, arg2, arg3, arg4, input, output, output_length);
-    }
-    return call_remote<Message>(type, arg1, arg2, arg3, arg4, input, input_length, output, output_length);
-}
-
 } // namespace
 } // namespace switchcfg::funclist
 
 using namespace switchcfg::funclist;
-
-BcmdFunclistClient *BcmdFunclistClient::instance = nullptr;
 
 BcmdFunclistClient::BcmdFunclistClient() noexcept
     : ReqKeepAliveClient(endpoint_of(request_port), endpoint_of(keep_alive_port))
@@ -159,44 +144,6 @@ BcmdFunclistClient::BcmdFunclistClient() noexcept
 }
 
 BcmdFunclistClient::~BcmdFunclistClient() = default;
-
-BcmdFunclistClient *BcmdFunclistClient::getInstance() noexcept
-{
-    if (instance == nullptr) {
-        instance = new (std::nothrow) BcmdFunclistClient;
-    }
-    return instance;
-}
-
-int bcm_cmd(FunclistBcmdFuncGeneralType type, std::uint32_t arg1, std::uint32_t arg2, std::uint32_t arg3,
-    std::uint32_t arg4, const void *input, std::uint32_t input_length, void **output, std::uint32_t *output_length)
-{
-    return call<FunclistBcmdFuncGeneral>(type, arg1, arg2, arg3, arg4, input, input_length, output, output_length);
-}
-
-int bcm_cmd(FunclistBcmdFuncUnitType type, std::uint32_t arg1, std::uint32_t arg2, std::uint32_t arg3,
-    std::uint32_t arg4, const void *input, std::uint32_t input_length, void **output, std::uint32_t *output_length)
-{
-    return call<FunclistBcmdFuncUnit>(type, arg1, arg2, arg3, arg4, input, input_length, output, output_length);
-}
-
-int bcm_cmd(FunclistBcmdFuncUnitPortType type, std::uint32_t arg1, std::uint32_t arg2, std::uint32_t arg3,
-    std::uint32_t arg4, const void *input, std::uint32_t input_length, void **output, std::uint32_t *output_length)
-{
-    return call<FunclistBcmdFuncUnitPort>(type, arg1, arg2, arg3, arg4, input, input_length, output, output_length);
-}
-
-int bcm_cmd(FunclistBcmdFuncMplsType type, std::uint32_t arg1, std::uint32_t arg2, std::uint32_t arg3,
-    std::uint32_t arg4, const void *input, std::uint32_t input_length, void **output, std::uint32_t *output_length)
-{
-    return call<FunclistBcmdFuncMpls>(type, arg1, arg2, arg3, arg4, input, input_length, output, output_length);
-}
-
-int bcm_cmd(FunclistBcmdFuncVhwType type, std::uint32_t arg1, std::uint32_t arg2, std::uint32_t arg3,
-    std::uint32_t arg4, const void *input, std::uint32_t input_length, void **output, std::uint32_t *output_length)
-{
-    return call<FunclistBcmdFuncVhw>(type, arg1, arg2, arg3, arg4, input, input_length, output, output_length);
-}
 
 int bcm_cmd_socket(FunclistBcmdFuncGeneralType type, std::uint32_t arg1, std::uint32_t arg2, std::uint32_t arg3,
     std::uint32_t arg4, const void *input, std::uint32_t input_length, void **output,

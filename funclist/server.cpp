@@ -3,7 +3,6 @@
 #include <switchcfg/funclist.h>
 
 #include "funclist/endpoints.h"
-#include "util/owned.h"
 
 #include <memory>
 
@@ -18,22 +17,6 @@ void reserve(Table &table, const google::protobuf::EnumDescriptor &numbers)
     for (int i = 0; i < numbers.value_count(); ++i) {
         table[static_cast<typename Table::key_type>(numbers.value(i)->number())] = nullptr;
     }
-}
-
-template<typename Table, typename Type>
-int run(Table &table, Type type, std::uint32_t arg1, std::uint32_t arg2, std::uint32_t arg3, std::uint32_t arg4,
-    const void *input, void **output, std::uint32_t *output_length)
-{
-    const bcmd_legacy_callback function = table[type];
-    if (function == nullptr) {
-        return communication_error;
-    }
-    void *unwanted = nullptr;
-    std::uint32_t unwanted_length = 0;
-    const int result = function(arg1, arg2, arg3, arg4, input, output != nullptr ? output : &unwanted,
-        output_length != nullptr ? output_length : &unwanted_length);
-    std::free(unwanted);
-    return result;
 }
 
 } // namespace
@@ -71,12 +54,6 @@ BcmdFunclistServer::~BcmdFunclistServer()
     dispatcher_.reset();
     server_.reset();
     delete stats_;
-}
-
-BcmdFunclistServer &BcmdFunclistServer::getInstance() noexcept
-{
-    static BcmdFunclistServer server;
-    return server;
 }
 
 void BcmdFunclistServer::registerLegacyCallback(FunclistBcmdFuncGeneralType type, bcmd_legacy_callback function)
@@ -125,35 +102,4 @@ void BcmdFunclistServer::wait() noexcept
 void BcmdFunclistServer::stop() noexcept
 {
     server_->stop();
-}
-
-int BcmdFunclistServer::execBcmdFunc(FunclistBcmdFuncGeneralType type, std::uint32_t arg1, std::uint32_t arg2,
-    std::uint32_t arg3, std::uint32_t arg4, const void *input, void **output, std::uint32_t *output_length)
-{
-    return run(general_, type, arg1, arg2, arg3, arg4, input, output, output_length);
-}
-
-int BcmdFunclistServer::execBcmdFunc(FunclistBcmdFuncUnitType type, std::uint32_t arg1, std::uint32_t arg2,
-    std::uint32_t arg3, std::uint32_t arg4, const void *input, void ** /*output*/, std::uint32_t * /*output_length*/)
-{
-    const bcmd_legacy_unit_callback function = unit_[type];
-    return function != nullptr ? function(arg1, arg2, arg3, arg4, input) : communication_error;
-}
-
-int BcmdFunclistServer::execBcmdFunc(FunclistBcmdFuncUnitPortType type, std::uint32_t arg1, std::uint32_t arg2,
-    std::uint32_t arg3, std::uint32_t arg4, const void *input, void **output, std::uint32_t *output_length)
-{
-    return run(unit_port_, type, arg1, arg2, arg3, arg4, input, output, output_length);
-}
-
-int BcmdFunclistServer::execBcmdFunc(FunclistBcmdFuncMplsType type, std::uint32_t arg1, std::uint32_t arg2,
-    std::uint32_t arg3, std::uint32_t arg4, const void *input, void **output, std::uint32_t *output_length)
-{
-    return run(mpls_, type, arg1, arg2, arg3, arg4, input, output, output_length);
-}
-
-int BcmdFunclistServer::execBcmdFunc(FunclistBcmdFuncVhwType type, std::uint32_t arg1, std::uint32_t arg2,
-    std::uint32_t arg3, std::uint32_t arg4, const void *input, void **output, std::uint32_t *output_length)
-{
-    return run(vhw_, type, arg1, arg2, arg3, arg4, input, output, output_length);
 }

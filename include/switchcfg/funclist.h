@@ -27,6 +27,7 @@
 
 namespace switchcfg::funclist {
 class CommandRecord;
+struct Tables;
 } // namespace switchcfg::funclist
 
 /* ---- Calling ---- */
@@ -188,6 +189,7 @@ class SWITCHCFG_API BcmdFunclistServer {
 
   private:
     friend class switchcfg::funclist::CommandRecord;
+    friend struct switchcfg::funclist::Tables;
 
     BcmdFunclistServer();
     ~BcmdFunclistServer();
