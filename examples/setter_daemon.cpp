@@ -13,13 +13,18 @@
 #include <unistd.h>
 
 // This program's log is its standard error; a daemon of the switch would send its lines to the logging daemon.
+static void log_line(int level, const char *format, va_list arguments)
+{
+    std::fprintf(stderr, "<%d> ", level);
+    std::vfprintf(stderr, format, arguments);
+    std::fputc('\n', stderr);
+}
+
 extern "C" void vxlog(int level, const char *format, ...)
 {
     va_list arguments;
     va_start(arguments, format);
-    std::fprintf(stderr, "<%d> ", level);
-    std::vfprintf(stderr, format, arguments);
-    std::fputc('\n', stderr);
+    log_line(level, format, arguments);
     va_end(arguments);
 }
 
@@ -27,9 +32,7 @@ extern "C" void vxlog_internal(int level, const char *format, ...)
 {
     va_list arguments;
     va_start(arguments, format);
-    std::fprintf(stderr, "<%d> ", level);
-    std::vfprintf(stderr, format, arguments);
-    std::fputc('\n', stderr);
+    log_line(level, format, arguments);
     va_end(arguments);
 }
 

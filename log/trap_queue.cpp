@@ -110,7 +110,9 @@ void run_move(std::uint8_t *region) noexcept
         move_down(region, capacity - 2, 1);
         put_entry(region, capacity - 2, id, text);
         if (load(region, layout::trap_id, capacity - 1) != TRAP_OVERFLOW) {
-            put_entry(region, capacity - 1, TRAP_OVERFLOW, {});
+            copy_text(text_at(region, layout::trap_text, capacity - 1), {});
+            settle(); // the marker is known by its identifier, so that comes last
+            store(region, layout::trap_id, TRAP_OVERFLOW, capacity - 1);
         }
         store(region, layout::trap_count, capacity);
         break;

@@ -131,7 +131,7 @@ void ConnectionGuard::add(int fd)
     }
 }
 
-void ConnectionGuard::await_data(int fd) noexcept
+void ConnectionGuard::await_data(int fd) const noexcept
 {
     epoll_event wanted{};
     wanted.events = EPOLLIN | EPOLLONESHOT;

@@ -70,7 +70,7 @@ class ConnectionGuard {
     using Connections = std::map<int, Connection>;
 
     void add(int fd);
-    void await_data(int fd) noexcept;
+    void await_data(int fd) const noexcept;
     bool look(int fd, Connection &connection) noexcept;
     void shut(Connections::iterator which) noexcept;
 

@@ -14,11 +14,12 @@ constexpr std::uint64_t probe_ms = 1000;  // between probes
 constexpr std::uint64_t answer_ms = 2000; // a probe unanswered for so long: the server is gone
 constexpr std::uint64_t find_ms = 3000;   // the same when no word was exchanged yet
 constexpr std::uint64_t stopped_ms = 500; // a wait that is so much too long: this process was stopped
+constexpr std::uint64_t longest_wait_ms = 3600000;
 constexpr int most_attempts = 4;
 
 int ms_until(std::uint64_t when, std::uint64_t now) noexcept
 {
-    return when <= now ? 0 : static_cast<int>(std::min<std::uint64_t>(when - now, 60 * 60 * 1000));
+    return when <= now ? 0 : static_cast<int>(std::min<std::uint64_t>(when - now, longest_wait_ms));
 }
 
 } // namespace

@@ -10,7 +10,7 @@ namespace {
 // The library under us hears that a peer took replies only when it has a moment; give it one before it takes a healthy
 // peer for one that does not read, and before much memory is at stake.
 constexpr unsigned replies_between_looks = 16;
-constexpr std::size_t large_reply = 64 * 1024;
+constexpr std::size_t large_reply = 65536;
 
 } // namespace
 

@@ -3,6 +3,7 @@
 
 #include <cerrno>
 #include <condition_variable>
+#include <new>
 
 namespace switchcfg::rpc {
 
@@ -42,7 +43,7 @@ RpcServer::~RpcServer()
 {
     if (state_ && ::getpid() != state_->process) {
         // A forked child: the parent's threads hold and wait for what is in there, so it cannot be destroyed.
-        (void)new std::shared_ptr<ServerState>{std::move(state_)};
+        (void)new (std::nothrow) std::shared_ptr<ServerState>{std::move(state_)};
         return;
     }
     stop();

@@ -17,7 +17,7 @@ constexpr const char *waker_address = "inproc://waker";
 constexpr std::uint64_t pending_limit = 2 * std::uint64_t{max_frame};
 constexpr std::uint64_t pending_limit_total = std::uint64_t{64} << 20;
 constexpr std::size_t handshake_size = 1024; // longer than any probe; the limit counts for what is said first too
-constexpr std::uint64_t probes_pending_limit = 64 * 1024;
+constexpr std::uint64_t probes_pending_limit = 65536;
 
 thread_local bool serving_here = false;
 

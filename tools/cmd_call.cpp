@@ -5,6 +5,7 @@
 #include "tools/failure.h"
 
 #include <filesystem>
+#include <string_view>
 #include <unistd.h>
 #include <vector>
 
@@ -14,7 +15,8 @@ namespace {
 // Installed in a folder of its own, built in the folder of this program.
 constexpr const char *places[] = {SWITCHCFG_CALL_INSTALLED, "switchcfg-call"};
 
-[[noreturn]] void hand_on(std::vector<char *> arguments)
+// Returns only when the program is missing.
+void hand_on(std::vector<char *> arguments)
 {
     arguments.push_back(nullptr);
     std::error_code none;
@@ -26,7 +28,11 @@ constexpr const char *places[] = {SWITCHCFG_CALL_INSTALLED, "switchcfg-call"};
             throw system_failure(program, "execv");
         }
     }
-    throw Failure{"call: switchcfg-call is not installed: this switchcfg was built without the chip-daemon calls"};
+}
+
+bool is(const char *word, std::string_view wanted)
+{
+    return word == wanted;
 }
 
 } // namespace
@@ -41,7 +47,24 @@ void add_call_command(CLI::App &app, int argc, char **argv)
         std::vector<char *> arguments{argv, argv + argc};
         arguments.erase(arguments.end() - static_cast<std::ptrdiff_t>(call->remaining().size()) - 1); // "call" itself
         hand_on(std::move(arguments));
+        throw Failure{"call: switchcfg-call is not installed: this switchcfg was built without the chip-daemon calls"};
     });
+}
+
+void complete_call(int argc, char **argv)
+{
+    if (argc > 3 && is(argv[1], "complete-words") && is(argv[2], "call")) {
+        std::vector<char *> arguments{argv, argv + argc};
+        arguments.erase(arguments.begin() + 2);
+        hand_on(std::move(arguments));
+    }
+}
+
+void add_to_manual_of_call(int argc, char **argv)
+{
+    if (argc == 3 && is(argv[1], "write-manual")) {
+        hand_on({argv, argv + argc});
+    }
 }
 
 } // namespace switchcfg::tool

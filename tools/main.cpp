@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // switchcfg: what a process of the switch sees, and how to change it.
 #include "tools/commands.h"
+#include "tools/examples.h"
 #include "tools/run.h"
 
 // NOLINTNEXTLINE(bugprone-exception-escape): without memory for its own options the tool can only end
@@ -8,6 +9,7 @@ int main(int argc, char **argv)
 {
     using namespace switchcfg::tool;
 
+    complete_call(argc, argv);
     CLI::App app{"Inspect and drive the switch: what a process that links libswitchcfg sees.", "switchcfg"};
     app.require_subcommand(1);
     app.fallthrough();
@@ -30,6 +32,10 @@ int main(int argc, char **argv)
     add_pm_commands(app);
     add_address_commands(app);
     add_call_command(app, argc, argv);
+    add_top_command(app);
+    add_examples(app);
 
-    return run(app, argc, argv);
+    const int status = run(app, argc, argv);
+    add_to_manual_of_call(argc, argv);
+    return status;
 }

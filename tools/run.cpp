@@ -1,12 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/run.h"
 
+#include "tools/completion.h"
 #include "tools/failure.h"
 #include "tools/long_output.h"
+#include "tools/manual.h"
 #include "tools/output.h"
 
 #include <exception>
 #include <iostream>
+#include <span>
+#include <string>
+#include <vector>
 
 namespace switchcfg::tool {
 
@@ -17,6 +22,18 @@ int run(CLI::App &app, int argc, char **argv)
         ->trigger_on_parse();
     try {
         LongOutput output{app};
+        // For shells and for packaging: their words are not the tool's own, so they are not parsed.
+        const std::vector<std::string> words(argv + 1, argv + argc);
+        if (words.size() > 1 && words.front() == "complete-words") {
+            for (const std::string &word : completions(app, std::span{words}.subspan(1))) {
+                std::cout << word << '\n';
+            }
+            return 0;
+        }
+        if (words.size() == 2 && words.front() == "write-manual") {
+            write_manual(app, words.back());
+            return 0;
+        }
         app.parse_complete_callback([&] { output.begin(); });
         try {
             app.parse(argc, argv);

@@ -6,8 +6,8 @@
 
 namespace switchcfg::tool {
 
-// What the switchcfg programs have in common: --json and the options for long output, failures on standard error, exit
-// status. To be called once the sub-commands are added.
+// What the switchcfg programs have in common: --json and the options for long output, completion, manual, failures on
+// standard error, exit status. To be called once the sub-commands are added.
 int run(CLI::App &app, int argc, char **argv);
 
 } // namespace switchcfg::tool

@@ -9,12 +9,11 @@
 #include <cerrno>
 #include <dirent.h>
 #include <fcntl.h>
-#include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
 
 using switchcfg::Descriptor;
-using switchcfg::KeepErrno;
+using switchcfg::Folder;
 
 namespace {
 
@@ -26,14 +25,6 @@ bool is_path(const char *path) noexcept
     }
     return path != nullptr;
 }
-
-struct CloseFolder {
-    void operator()(DIR *folder) const noexcept
-    {
-        const KeepErrno keep;
-        ::closedir(folder);
-    }
-};
 
 } // namespace
 
@@ -69,7 +60,7 @@ int file_write(const char *path, const void *buffer, std::uint32_t length) noexc
 
 int dir_iterate(const char *path, int (*callback)(const char *name, void *argument), void *argument)
 {
-    const std::unique_ptr<DIR, CloseFolder> folder{is_path(path) ? ::opendir(path) : nullptr};
+    const Folder folder{is_path(path) ? ::opendir(path) : nullptr};
     if (!folder) {
         return -1;
     }

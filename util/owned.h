@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-// Small owning types for what the C interface hands around: descriptors, malloc'ed memory and streams.
+// Small owning types for what the C interface hands around: descriptors, malloc'ed memory, streams and
+// folders.
 #ifndef SWITCHCFG_UTIL_OWNED_H
 #define SWITCHCFG_UTIL_OWNED_H
 
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <dirent.h>
 #include <memory>
 #include <unistd.h>
 #include <utility>
@@ -66,6 +68,15 @@ struct CloseStream {
     }
 };
 using Stream = std::unique_ptr<std::FILE, CloseStream>;
+
+struct CloseFolder {
+    void operator()(DIR *folder) const noexcept
+    {
+        const KeepErrno keep;
+        (void)::closedir(folder);
+    }
+};
+using Folder = std::unique_ptr<DIR, CloseFolder>;
 
 } // namespace switchcfg
 

@@ -9,35 +9,17 @@
 #include <charconv>
 #include <cstdint>
 #include <cstring>
-#include <dirent.h>
-#include <memory>
+#include <switchcfg/files.h>
 
 namespace switchcfg {
-
-struct CloseFolder {
-    void operator()(DIR *folder) const noexcept
-    {
-        const KeepErrno keep;
-        (void)::closedir(folder);
-    }
-};
-using Folder = std::unique_ptr<DIR, CloseFolder>;
 
 // Calls `visit(entry name)` for each entry of the folder until it gives something else than 0, which is the result; 0
 // after the last entry, -1 when the folder cannot be read.
 template<typename Visit>
-int for_each_entry(const char *path, Visit &&visit) noexcept
+int for_each_entry(const char *path, Visit visit) noexcept
 {
-    const Folder folder{::opendir(path)};
-    if (!folder) {
-        return -1;
-    }
-    while (const dirent *const entry = ::readdir(folder.get())) { // NOLINT(concurrency-mt-unsafe): a stream of our own
-        if (const int result = visit(static_cast<const char *>(entry->d_name)); result != 0) {
-            return result;
-        }
-    }
-    return 0;
+    return dir_iterate(
+        path, [](const char *name, void *visitor) { return (*static_cast<Visit *>(visitor))(name); }, &visit);
 }
 
 // The same over process IDs.

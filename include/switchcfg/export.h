@@ -18,7 +18,11 @@
 #    define SWITCHCFG_PRINTF(text, first)
 #endif
 
-/* Functions of the library never throw. Those that run a callback of the caller's do not carry the mark. */
+/*
+ * Functions of the library never throw. Those that run a callback of the caller's do not carry the mark. Cancel no
+ * thread (pthread_cancel) that may be in one of them: locks and descriptors of the call would not be given back, and a
+ * C++ program would end.
+ */
 #ifdef __cplusplus
 #    define SWITCHCFG_NOEXCEPT noexcept
 #    define SWITCHCFG_BEGIN_DECLS extern "C" {

@@ -2,10 +2,10 @@
 # SPDX-License-Identifier: Apache-2.0
 # What the project needs of Debian 12, and installing what is missing of it.
 
-packages_build=(build-essential cmake ninja-build pkg-config zlib1g-dev libcli11-dev nlohmann-json3-dev libfuse3-dev libsnmp-dev
+packages_build=(build-essential cmake ninja-build pkg-config zlib1g-dev libcli11-dev nlohmann-json3-dev libfuse3-dev libsnmp-dev libncurses-dev
     libzmq3-dev libprotobuf-dev protobuf-compiler libboost-dev)
 packages_demo=(procps snmptrapd busybox-static tftpd-hpa)
-packages_test=(libgtest-dev libgmock-dev libbenchmark-dev iproute2 libubootenv-tool mtd-utils)
+packages_test=(libgtest-dev libgmock-dev libbenchmark-dev iproute2 libubootenv-tool mtd-utils smitools snmp)
 packages_lint=(clang-format clang-tidy doxygen)
 
 # need_packages PACKAGE...: installs the missing ones as root, else prints the exact line that would and ends.

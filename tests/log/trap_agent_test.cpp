@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // From the sender to a receiver of SNMP notifications that knows nothing of us: every sender, binding by binding.
+#include "support/command.h"
 #include "support/daemon.h"
 #include "support/file_text.h"
 #include "support/spawned.h"
@@ -8,6 +9,9 @@
 
 #include <algorithm>
 #include <fstream>
+#include <gmock/gmock.h>
+#include <map>
+#include <regex>
 #include <sched.h>
 #include <sstream>
 #include <unistd.h>
@@ -16,6 +20,7 @@ namespace {
 
 using switchcfg::testing::Daemon;
 using switchcfg::testing::file_text;
+using switchcfg::testing::run_command;
 using switchcfg::testing::Spawned;
 using switchcfg::tool::TrapArgument;
 using switchcfg::tool::TrapSender;
@@ -61,30 +66,93 @@ class TrapAgent : public switchcfg::testing::TrapTest {
         }
     }
 
-    // A queued trap as the receiver prints it, without the time and the notification ahead.
-    static std::string printed(const std::string &text)
+    // One trap of every sender, as they are queued; two of the one that has two identifiers.
+    static std::vector<trap_entry> queue_one_of_each()
     {
-        std::string line;
-        const char *at = text.c_str();
-        trap_varbind binding{};
-        while (trap_queue_next_varbind(&at, &binding) > 0) {
-            const std::string value = binding.value;
-            line += std::string{"\t"} + (binding.oid[0] == '.' ? "" : ".") + binding.oid + " = ";
+        for (const TrapSender &sender : switchcfg::tool::trap_senders()) {
+            std::vector<std::string> words;
+            for (const TrapArgument type : sender.types) {
+                words.push_back(type == TrapArgument::text   ? sender.name == "rmon_alarm" ? ".1.3.6.1.2.1.2.2.1.10.5"
+                                                               : sender.name.starts_with("vrrp") || sender.name == "ldp"
+                                                                   ? "10.1.2.3"
+                                                                   : "a text with blanks"
+                                : type == TrapArgument::mac  ? "00:1a:2b:3c:4d:5e"
+                                : type == TrapArgument::link ? "up"
+                                : type == TrapArgument::unsigned_integer
+                                    ? "4000000000"
+                                    : std::to_string(words.empty() ? 0 : words.size()));
+            }
+            if (sender.name == "sfp_changed" || sender.name == "vrrp_new_master") { // interfaces count from 1
+                words[0] = "7";
+            } else if (sender.name == "cfm_fault_notification") {
+                words[3] = "100";
+            }
+            EXPECT_EQ(sender.call(words), 0) << sender.name;
+            if (sender.ids.size() > 1) {
+                words[0] = "1";
+                EXPECT_EQ(sender.call(words), 0);
+            }
+        }
+        std::vector<trap_entry> queued(TRAP_QUEUE_LENGTH);
+        const int count = trap_queue_peek(queued.data(), TRAP_QUEUE_LENGTH);
+        EXPECT_EQ(static_cast<std::size_t>(count), switchcfg::tool::trap_senders().size() + 1);
+        queued.resize(static_cast<std::size_t>(std::max(count, 0)));
+        return queued;
+    }
+
+    // The identifier of the notification: the standard ones have their own, the others are in our subtree.
+    static std::string notification(std::uint32_t id)
+    {
+        static const std::map<std::uint32_t, const char *> standard{{0, "1.3.6.1.6.3.1.1.5.1"},
+            {1, "1.3.6.1.6.3.1.1.5.2"}, {2, "1.3.6.1.6.3.1.1.5.3"}, {3, "1.3.6.1.6.3.1.1.5.4"},
+            {4, "1.3.6.1.6.3.1.1.5.5"}, {28, "1.3.6.1.2.1.16.0.1"}, {29, "1.3.6.1.2.1.16.0.2"},
+            {91, "1.0.8802.1.1.2.0.0.1"}, {98, "1.0.8802.1.1.2.1.5.4795.0.1"}, {134, "1.3.6.1.2.1.68.0.1"},
+            {135, "1.3.6.1.2.1.68.0.2"}};
+        const auto found = standard.find(id);
+        return found != standard.end() ? std::string{"."} + found->second
+                                       : ".1.3.6.1.4.1.64711.3.5.201.0." + std::to_string(id);
+    }
+
+    struct Binding {
+        std::string oid; // with its dot
+        char type;
+        std::string value;
+    };
+    // Read without the library's reader.
+    static std::vector<Binding> bindings(const std::string &text)
+    {
+        static const std::regex one{"[.]?([0-9.]+) (?:([iuao]) ([^ ]*)|(s) ([^\\x03]*)\\x03) ?"};
+        std::vector<Binding> all;
+        std::string rest = text;
+        for (std::smatch match; std::regex_search(rest, match, one, std::regex_constants::match_continuous);) {
+            all.push_back({"." + match.str(1), (match.str(2) + match.str(4))[0], match.str(3) + match.str(5)});
+            rest = match.suffix();
+        }
+        EXPECT_EQ(rest, "") << text;
+        return all;
+    }
+
+    // A queued trap as the receiver prints it, without the time ahead.
+    static std::string printed(const trap_entry &trap)
+    {
+        std::string line = "\t.1.3.6.1.6.3.1.1.4.1.0 = OID: " + notification(trap.id);
+        for (const Binding &binding : bindings(trap.text)) {
+            line += "\t" + binding.oid + " = ";
             switch (binding.type) {
-            case 'i':
-                line += "INTEGER: " + std::to_string(static_cast<std::int32_t>(std::stoll(value)));
+            case 'i': // masks are written unsigned
+                line += "INTEGER: " + std::to_string(static_cast<std::int32_t>(std::stoll(binding.value)));
                 break;
             case 'u':
-                line += "Gauge32: " + value;
+                line += "Gauge32: " + binding.value;
                 break;
             case 's':
-                line += "STRING: \"" + value + "\"";
+                line += "STRING: \"" + binding.value + "\"";
                 break;
             case 'a':
-                line += "IpAddress: " + value;
+                line += "IpAddress: " + binding.value;
                 break;
             default:
-                line += "OID: " + value;
+                line += "OID: " + binding.value;
             }
         }
         return line;
@@ -96,44 +164,48 @@ TEST_F(TrapAgent, DeliversWhatEverySenderQueued)
     const Spawned daemon{receiver, "-f", "-C", "-c", "/tmp/snmptrapd.conf", "-Lf", "/tmp/received", "-On", "-m", "",
         "-M", "/nowhere", "-p", "/tmp/snmptrapd.pid", "udp:127.0.0.1:1162"};
     wait_for_port();
-    for (const TrapSender &sender : switchcfg::tool::trap_senders()) {
-        std::vector<std::string> words;
-        for (const TrapArgument type : sender.types) {
-            words.push_back(type == TrapArgument::text   ? sender.name == "rmon_alarm" ? ".1.3.6.1.2.1.2.2.1.10.5"
-                                                           : sender.name.starts_with("vrrp") || sender.name == "ldp"
-                                                               ? "10.1.2.3"
-                                                               : "a text with blanks"
-                            : type == TrapArgument::mac  ? "00:1a:2b:3c:4d:5e"
-                            : type == TrapArgument::link ? "up"
-                            : type == TrapArgument::unsigned_integer
-                                ? "4000000000"
-                                : std::to_string(words.empty() ? 0 : words.size()));
-        }
-        if (sender.name == "sfp_changed") {
-            words[0] = "7";
-        } else if (sender.name == "cfm_fault_notification") {
-            words[3] = "100";
-        }
-        ASSERT_EQ(sender.call(words), 0) << sender.name;
-        if (sender.ids.size() > 1) {
-            words[0] = "1";
-            ASSERT_EQ(sender.call(words), 0);
-        }
-    }
-    static trap_entry queued[TRAP_QUEUE_LENGTH];
-    const int count = trap_queue_peek(queued, TRAP_QUEUE_LENGTH);
-    ASSERT_EQ(static_cast<std::size_t>(count), switchcfg::tool::trap_senders().size() + 1);
+    const std::vector<trap_entry> queued = queue_one_of_each();
     const Daemon agent{SWITCHLAB_AGENT, {"--port", "1162", "--once"}};
     ASSERT_EQ(agent.exit_status(), 0);
     EXPECT_EQ(trap_queue_count(), 0);
-    const std::vector<std::string> lines = received(static_cast<std::size_t>(count));
-    for (int i = 0; i < count; ++i) {
-        const std::string &line = lines[static_cast<std::size_t>(i)];
-        const std::size_t id = line.find("\t.1.3.6.1.6.3.1.1.4.1.0 = OID: ");
-        ASSERT_NE(id, std::string::npos) << line;
-        const std::size_t bindings = line.find('\t', id + 1);
-        EXPECT_EQ(bindings == std::string::npos ? "" : line.substr(bindings), printed(queued[i].text)) << queued[i].id;
+    const std::vector<std::string> lines = received(queued.size());
+    for (std::size_t i = 0; i < queued.size(); ++i) {
+        EXPECT_EQ(lines[i].substr(lines[i].find('\t')), printed(queued[i]));
     }
+}
+
+// With the modules that come along and no others.
+TEST_F(TrapAgent, ModulesAreSoundAndNameAllThatIsSent)
+{
+    const std::string folder = SWITCHCFG_MIBS;
+    if (run_command("command -v smilint && command -v snmptranslate").status != 0) {
+        GTEST_SKIP() << "smilint (smitools) or snmptranslate (snmp) is not installed";
+    }
+    const std::string lint = "SMIPATH=" + folder + ":" + folder + "/base smilint ";
+    EXPECT_EQ(run_command(lint + "-s -l 4 SWITCHCFG-MIB").err, "");
+    for (const char *part : {"IF-MIB", "SNMPv2-MIB", "RMON-MIB", "VRRP-MIB", "LLDP-MIB", "LLDP-EXT-MED-MIB"}) {
+        EXPECT_EQ(run_command(lint + "-s -l 3 " + part).err, "");
+    }
+    std::string command = "snmptranslate -M " + folder + ":" + folder + "/base -m ALL -Td";
+    std::size_t objects = 0;
+    const std::vector<trap_entry> queued = queue_one_of_each();
+    for (const trap_entry &trap : queued) {
+        command += " " + notification(trap.id);
+        for (const Binding &binding : bindings(trap.text)) {
+            command += " " + binding.oid;
+            ++objects;
+        }
+    }
+    std::string out = run_command(command).out;
+    // What has no name shows as a node above it, which is no object that is sent.
+    const auto times = [&](const char *what) {
+        const std::regex pattern{what};
+        return std::distance(std::sregex_iterator{out.begin(), out.end(), pattern}, std::sregex_iterator{});
+    };
+    EXPECT_EQ(times(" NOTIFICATION-TYPE\n"), static_cast<std::ptrdiff_t>(queued.size()));
+    EXPECT_EQ(times("\tread-(only|write|create)\n|\taccessible-for-notify\n"), static_cast<std::ptrdiff_t>(objects))
+        << out;
+    EXPECT_THAT(out, ::testing::HasSubstr("SWITCHCFG-MIB::swLinkFlapDetectedEvent\n"));
 }
 
 TEST_F(TrapAgent, OutlivesWhatCannotBeSent)
@@ -145,7 +217,7 @@ TEST_F(TrapAgent, OutlivesWhatCannotBeSent)
     send_trap_vrrp_auth_failure("no address", 4);
     send_trap_rmon_alarm(1, 1, 1, 1, "not.an.oid", 1);
     send_trap_config_change();
-    set_word(entries_at + 516 * 3, 99); // a number that no notification has
+    set_word(entries_at + std::size_t{3} * 516, 99); // a number that no notification has
     send_trap_core_dump();
     const Daemon agent{SWITCHLAB_AGENT, {"--port", "1162", "--once"}};
     ASSERT_EQ(agent.exit_status(), 0);

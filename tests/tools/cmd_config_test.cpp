@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "support/command.h"
+#include "support/tool.h"
 
 #include <filesystem>
 #include <gmock/gmock.h>
@@ -9,26 +9,9 @@
 namespace {
 
 using nlohmann::json;
-using switchcfg::testing::Outcome;
-using switchcfg::testing::run_command;
+using switchcfg::testing::expect_refused;
+using switchcfg::testing::tool;
 using ::testing::HasSubstr;
-using ::testing::StartsWith;
-
-Outcome tool(const std::string &arguments)
-{
-    return run_command(SWITCHCFG_TOOL " " + arguments);
-}
-
-// One line that names the tool, what and why; nothing on standard output.
-void expect_refused(const std::string &arguments, int status, const std::string &reason)
-{
-    const Outcome outcome = tool(arguments);
-    EXPECT_EQ(outcome.status, status) << arguments;
-    EXPECT_EQ(outcome.out, "") << arguments;
-    EXPECT_THAT(outcome.err, StartsWith("switchcfg: ")) << arguments;
-    EXPECT_THAT(outcome.err, HasSubstr(reason)) << arguments;
-    EXPECT_EQ(outcome.err.find('\n'), outcome.err.size() - 1) << arguments;
-}
 
 TEST(CmdInit, MakesTheFilesAndReportsThem)
 {
@@ -70,39 +53,38 @@ TEST(CmdConfig, RawAccessAgreesWithTheFieldAndStaysInside)
 {
     EXPECT_EQ(tool("config set time.utc_offset_minutes 180").status, 0);
     EXPECT_EQ(tool("config get --offset 10547940 --type i32").out, "180\n");
-    expect_refused("config get --offset 21707626 --type u32", 1, "outside the configuration");
-    expect_refused("config get --offset 21707629 --type u8", 1, "outside the configuration");
-    expect_refused("config get --offset 4294967295 --type u32", 1, "outside the configuration");
-    expect_refused("config set --offset 21707620 --type 'bytes[10]' 00", 1, "outside the configuration");
-    expect_refused("config get --offset -1 --type u8", 2, "offset");
-    expect_refused("config get --offset 0 --type u128", 1, "unknown type 'u128'");
-    expect_refused("config get --offset 0 --type 'bytes[0]'", 1, "unknown type");
-    expect_refused("config get --offset 0 --type 'bytes[99999999999]'", 1, "unknown type");
+    expect_refused("config get --offset 21707626 --type u32", "outside the configuration");
+    expect_refused("config get --offset 21707629 --type u8", "outside the configuration");
+    expect_refused("config get --offset 4294967295 --type u32", "outside the configuration");
+    expect_refused("config set --offset 21707620 --type 'bytes[10]' 00", "outside the configuration");
+    expect_refused("config get --offset -1 --type u8", "offset", 2);
+    expect_refused("config get --offset 0 --type u128", "unknown type 'u128'");
+    expect_refused("config get --offset 0 --type 'bytes[0]'", "unknown type");
+    expect_refused("config get --offset 0 --type 'bytes[99999999999]'", "unknown type");
 }
 
 TEST(CmdConfig, BadNamesAndValuesAreRefusedAndChangeNothing)
 {
-    expect_refused("config get no.such.field", 1, "no field is named 'no.such.field'");
-    expect_refused("config get 'trap.enable[136]'", 1, "'trap.enable[136]' is no element of trap.enable[0..135]");
-    expect_refused("config get 'sntp.interval[0]'", 1, "is no element of sntp.interval");
-    expect_refused("config get", 1, "name a field");
-    expect_refused("config set trap.enable 1", 1, "has 136 elements");
-    expect_refused("config set sntp.enable 256", 1, "'256' is not a number from 0 to 255");
-    expect_refused("config set sntp.enable 1x", 1, "is not a number");
-    expect_refused("config set sntp.enable ''", 1, "is not a number");
-    expect_refused("config set 'sntp.key.value[0]' ninechars", 1, "takes at most 8 characters, got 9");
-    expect_refused("config set 'sntp.server[0]' 00", 1, "takes 17 bytes, got 1");
-    expect_refused("config set 'sntp.server[0]' 0g", 1, "hexadecimal");
+    expect_refused("config get no.such.field", "no field is named 'no.such.field'");
+    expect_refused("config get 'trap.enable[136]'", "'trap.enable[136]' is no element of trap.enable[0..135]");
+    expect_refused("config get 'sntp.interval[0]'", "is no element of sntp.interval");
+    expect_refused("config get", "name a field");
+    expect_refused("config set trap.enable 1", "has 136 elements");
+    expect_refused("config set sntp.enable 256", "'256' is not a number from 0 to 255");
+    expect_refused("config set sntp.enable 1x", "is not a number");
+    expect_refused("config set sntp.enable ''", "is not a number");
+    expect_refused("config set 'sntp.key.value[0]' ninechars", "takes at most 8 characters, got 9");
+    expect_refused("config set 'sntp.server[0]' 00", "takes 17 bytes, got 1");
+    expect_refused("config set 'sntp.server[0]' 0g", "hexadecimal");
     EXPECT_EQ(tool("config diff").out, "");
-    expect_refused("nonsense", 2, "");
-    expect_refused("", 2, "");
+    expect_refused("nonsense", "", 2);
+    expect_refused("", "", 2);
 }
 
 TEST(CmdConfig, MissingFolderIsNamed)
 {
     std::filesystem::remove_all("/var/run/cfg");
-    expect_refused(
-        "config list", 1, "/var/run/cfg/running.cfg: cannot map the configuration: No such file or directory");
+    expect_refused("config list", "/var/run/cfg/running.cfg: cannot map the configuration: No such file or directory");
 }
 
 } // namespace

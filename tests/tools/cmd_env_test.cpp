@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "support/command.h"
 #include "support/flash_device.h"
+#include "support/tool.h"
 
 #include <filesystem>
 #include <gmock/gmock.h>
@@ -9,19 +9,19 @@
 
 namespace {
 
+using switchcfg::testing::expect_refused;
 namespace fs = std::filesystem;
 using nlohmann::json;
 using switchcfg::testing::file_text;
 using switchcfg::testing::FlashDevice;
 using switchcfg::testing::Outcome;
-using switchcfg::testing::run_command;
+using switchcfg::testing::tool;
 using switchcfg::testing::write_file;
 using ::testing::HasSubstr;
-using ::testing::StartsWith;
 
 Outcome env(const std::string &arguments)
 {
-    return run_command(SWITCHCFG_TOOL " env " + arguments);
+    return tool("env " + arguments);
 }
 
 void expect_done(const std::string &arguments)
@@ -29,15 +29,6 @@ void expect_done(const std::string &arguments)
     const Outcome outcome = env(arguments);
     EXPECT_EQ(outcome.status, 0) << arguments << ": " << outcome.err;
     EXPECT_EQ(outcome.out + outcome.err, "") << arguments;
-}
-
-void expect_refused(const std::string &arguments, const std::string &reason, int status = 1)
-{
-    const Outcome outcome = env(arguments);
-    EXPECT_EQ(outcome.status, status) << arguments;
-    EXPECT_EQ(outcome.out, "") << arguments;
-    EXPECT_THAT(outcome.err, StartsWith("switchcfg: ")) << arguments;
-    EXPECT_THAT(outcome.err, HasSubstr(reason)) << arguments;
 }
 
 json checked(int status, const std::string &options = "")
@@ -56,8 +47,8 @@ void make_switch()
 
 TEST(CmdEnv, ChangesAreSharedAtOnceAndSavedOnRequest)
 {
-    expect_refused("list", "/dev/flash_env: it cannot be read, or holds no environment");
-    expect_refused("save", "nothing to save");
+    expect_refused("env list", "/dev/flash_env: it cannot be read, or holds no environment");
+    expect_refused("env save", "nothing to save");
     make_switch();
     EXPECT_EQ(json::parse(env("list --json").out), json({{"HV", "0"}, {"a", "1"}}));
     const json good = checked(0);
@@ -72,7 +63,7 @@ TEST(CmdEnv, ChangesAreSharedAtOnceAndSavedOnRequest)
     expect_done("restore");
     EXPECT_EQ(env("get a").out, "1\n") << "memory follows what flash was given";
     expect_done("unset a --save");
-    expect_refused("get a", "no variable is named 'a'");
+    expect_refused("env get a", "no variable is named 'a'");
     EXPECT_EQ(checked(0)["flash"]["variables"], 1);
 }
 
@@ -80,26 +71,26 @@ TEST(CmdEnv, RefusalsSayWhyAndChangeNothing)
 {
     make_switch();
     const std::string before = env("export").out;
-    expect_refused("unset nothing", "no variable is named 'nothing'");
-    expect_refused("unset HV", "--force removes it all the same");
-    expect_refused("set '' x", "'' cannot be the name");
-    expect_refused("set a=b x", "'a=b' cannot be the name");
-    expect_refused("set a", "value is required", 2);
-    expect_refused("set big \"$(printf %070000d 0)\"", "there is room for 65530");
+    expect_refused("env unset nothing", "no variable is named 'nothing'");
+    expect_refused("env unset HV", "--force removes it all the same");
+    expect_refused("env set '' x", "'' cannot be the name");
+    expect_refused("env set a=b x", "'a=b' cannot be the name");
+    expect_refused("env set a", "value is required", 2);
+    expect_refused("env set big \"$(printf %070000d 0)\"", "there is room for 65530");
     write_file("/tmp/bad", "b=2\n\nc\n");
-    expect_refused("import /tmp/bad", "/tmp/bad:3: not NAME=VALUE");
+    expect_refused("env import /tmp/bad", "/tmp/bad:3: not NAME=VALUE");
     write_file("/tmp/bad", "# text\nb=\\x0\n");
-    expect_refused("import /tmp/bad", "/tmp/bad:2: '\\x0' is no escape");
-    expect_refused("import /tmp/none", "No such file");
-    expect_refused("fbmp --on l4", "no feature is named 'l4'");
-    expect_refused("fbmp --on l3 --off l3", "on and off at once");
+    expect_refused("env import /tmp/bad", "/tmp/bad:2: '\\x0' is no escape");
+    expect_refused("env import /tmp/none", "No such file");
+    expect_refused("env fbmp --on l4", "no feature is named 'l4'");
+    expect_refused("env fbmp --on l3 --off l3", "on and off at once");
     EXPECT_EQ(env("export").out, before);
 
     FlashDevice flash;
     flash.fail_program(1);
-    expect_refused("save", "Internal operation error (-1)");
+    expect_refused("env save", "Internal operation error (-1)");
     for (const char *const command : {"save", "backup", "restore", "start", "set x y --save"}) {
-        expect_refused(std::string{"--image /tmp/image "} + command, "for the switch");
+        expect_refused(std::string{"env --image /tmp/image "} + command, "for the switch");
     }
 }
 
@@ -171,11 +162,11 @@ TEST(CmdEnv, ImageFileIsReplacedAsAWholeAndKeepsItsPlace)
     EXPECT_EQ(env("--image /tmp/image get FBMP").out, "129028\n");
 
     write_file("/tmp/image", "abc");
-    expect_refused("--image /tmp/image list", "3 bytes has no CRC word");
+    expect_refused("env --image /tmp/image list", "3 bytes has no CRC word");
     write_file("/tmp/image", std::string(65536, '\xFF'));
-    expect_refused("--image /tmp/image list", "its end is missing");
+    expect_refused("env --image /tmp/image list", "its end is missing");
     EXPECT_EQ(checked(1, "--image /tmp/image")["has_end"], false);
-    expect_refused("--image /tmp/none check", "cannot be read");
+    expect_refused("env --image /tmp/none check", "cannot be read");
     EXPECT_FALSE(fs::exists("/var/status")) << "none of this needs a switch";
 }
 
@@ -195,7 +186,7 @@ TEST(CmdEnv, FeaturesGoByNameAndByWhatTheHardwareCanDo)
     EXPECT_EQ(features["features"]["mpls"]["stored"], 4);
     EXPECT_THAT(env("fbmp").out, HasSubstr("0x800 of 0x1F800"));
     expect_done("set FBMP five");
-    expect_refused("fbmp", "'five' is no decimal number");
+    expect_refused("env fbmp", "'five' is no decimal number");
 }
 
 } // namespace

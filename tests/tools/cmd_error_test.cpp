@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "support/command.h"
+#include "support/tool.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,13 +10,13 @@ namespace {
 
 using nlohmann::json;
 using switchcfg::testing::Outcome;
-using switchcfg::testing::run_command;
+using switchcfg::testing::tool;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
 Outcome error(const std::string &arguments)
 {
-    return run_command(SWITCHCFG_TOOL " error " + arguments);
+    return tool("error " + arguments);
 }
 
 TEST(CmdError, ExplainsCodesAndNamesTheUnknownOnes)

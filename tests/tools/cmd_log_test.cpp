@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // switchcfg log and switchcfg request against the logging daemon of the lab.
-#include "support/command.h"
 #include "support/daemon.h"
+#include "support/tool.h"
 
 #include <algorithm>
 #include <cstring>
@@ -14,28 +14,16 @@ namespace {
 
 using nlohmann::json;
 using switchcfg::testing::Daemon;
+using switchcfg::testing::expect_refused;
 using switchcfg::testing::file_text;
 using switchcfg::testing::Outcome;
 using switchcfg::testing::run_command;
+using switchcfg::testing::tool;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
 constexpr char loggerd[] = SWITCHLAB_LOGGERD;
-
-Outcome tool(const std::string &arguments)
-{
-    return run_command(SWITCHCFG_TOOL " " + arguments);
-}
-
-void expect_refused(const std::string &arguments, const std::string &reason)
-{
-    const Outcome outcome = tool(arguments);
-    EXPECT_EQ(outcome.status, 1) << arguments;
-    EXPECT_EQ(outcome.out, "") << arguments;
-    EXPECT_THAT(outcome.err, StartsWith("switchcfg: ")) << arguments;
-    EXPECT_THAT(outcome.err, HasSubstr(reason)) << arguments;
-}
 
 void wait_for_line(const std::string &store, const std::string &text)
 {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "support/command.h"
+#include "support/tool.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -13,12 +13,8 @@ using nlohmann::json;
 using switchcfg::testing::file_text;
 using switchcfg::testing::Outcome;
 using switchcfg::testing::run_command;
+using switchcfg::testing::tool;
 using ::testing::HasSubstr;
-
-Outcome tool(const std::string &arguments)
-{
-    return run_command("LC_ALL=C " SWITCHCFG_TOOL " " + arguments);
-}
 
 void populate(const std::string &arguments)
 {

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "support/command.h"
 #include "support/daemon.h"
 #include "support/output.h"
 #include "support/spawned.h"
+#include "support/tool.h"
 
 #include <csignal>
 #include <fcntl.h>
@@ -20,14 +20,9 @@ using nlohmann::json;
 using switchcfg::testing::Daemon;
 using switchcfg::testing::Outcome;
 using switchcfg::testing::output_of;
-using switchcfg::testing::run_command;
 using switchcfg::testing::Spawned;
+using switchcfg::testing::tool;
 using ::testing::HasSubstr;
-
-Outcome tool(const std::string &arguments)
-{
-    return run_command(SWITCHCFG_TOOL " " + arguments);
-}
 
 TEST(CmdPs, ShowsWhoMatches)
 {

@@ -5,7 +5,7 @@
 #include <switchcfg/startup.h>
 #include <switchcfg/status.h>
 
-#include "support/command.h"
+#include "support/tool.h"
 
 #include <algorithm>
 #include <gmock/gmock.h>
@@ -15,7 +15,7 @@
 namespace {
 
 using nlohmann::json;
-using switchcfg::testing::run_command;
+using switchcfg::testing::tool;
 using ::testing::AllOf;
 using ::testing::HasSubstr;
 using ::testing::Not;
@@ -25,10 +25,6 @@ class CmdStack : public ::testing::Test {
     CmdStack() { EXPECT_EQ(tool("init").status, 0); }
     ~CmdStack() override { cfg_exit(); }
 
-    static switchcfg::testing::Outcome tool(const std::string &arguments)
-    {
-        return run_command(SWITCHCFG_TOOL " " + arguments);
-    }
     static json data(const std::string &arguments) { return json::parse(tool(arguments + " --json").out); }
 };
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "support/command.h"
+#include "support/tool.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,36 +8,37 @@
 namespace {
 
 using nlohmann::json;
+using switchcfg::testing::expect_refused;
 using switchcfg::testing::Outcome;
-using switchcfg::testing::run_command;
+using switchcfg::testing::tool;
 using ::testing::HasSubstr;
 
-Outcome tool(const std::string &arguments)
+Outcome trap(const std::string &arguments)
 {
-    return run_command(SWITCHCFG_TOOL " trap " + arguments);
+    return tool("trap " + arguments);
 }
 
 TEST(CmdTrap, QueuesWhatIsEnabledAndDrainsIt)
 {
-    EXPECT_EQ(tool("send link_flap_detected 0 4").status, 0);
-    EXPECT_EQ(tool("list").out, "") << "not enabled";
-    EXPECT_EQ(tool("enable all").status, 0);
-    EXPECT_EQ(tool("send link_flap_detected 0 4").status, 0);
-    EXPECT_EQ(tool("list").out, "") << "not enabled for the port";
-    EXPECT_EQ(tool("enable link_flap_detected --port 1/5").status, 0);
-    EXPECT_EQ(tool("send link_flap_detected --unit 0 --port 4").status, 0);
-    EXPECT_EQ(tool("send login_failed 'two words' nobody").status, 0);
-    EXPECT_EQ(tool("disable login_failed").status, 0);
-    EXPECT_EQ(tool("send login_failed other nobody").status, 0);
-    EXPECT_EQ(tool("list").out, tool("list").out);
-    const json traps = json::parse(tool("drain --json").out);
+    EXPECT_EQ(trap("send link_flap_detected 0 4").status, 0);
+    EXPECT_EQ(trap("list").out, "") << "not enabled";
+    EXPECT_EQ(trap("enable all").status, 0);
+    EXPECT_EQ(trap("send link_flap_detected 0 4").status, 0);
+    EXPECT_EQ(trap("list").out, "") << "not enabled for the port";
+    EXPECT_EQ(trap("enable link_flap_detected --port 1/5").status, 0);
+    EXPECT_EQ(trap("send link_flap_detected --unit 0 --port 4").status, 0);
+    EXPECT_EQ(trap("send login_failed 'two words' nobody").status, 0);
+    EXPECT_EQ(trap("disable login_failed").status, 0);
+    EXPECT_EQ(trap("send login_failed other nobody").status, 0);
+    EXPECT_EQ(trap("list").out, trap("list").out);
+    const json traps = json::parse(trap("drain --json").out);
     ASSERT_EQ(traps.size(), 2U);
     EXPECT_EQ(traps[0]["name"], "link_flap_detected");
     EXPECT_EQ(traps[0]["bindings"][0]["value"], "5");
     EXPECT_EQ(traps[1]["bindings"][2]["value"], "two words");
-    EXPECT_EQ(tool("list").out, "");
-    EXPECT_EQ(tool("send cold_start").status, 0);
-    EXPECT_EQ(json::parse(tool("watch --count 1 --json").out)["id"], 0);
+    EXPECT_EQ(trap("list").out, "");
+    EXPECT_EQ(trap("send cold_start").status, 0);
+    EXPECT_EQ(json::parse(trap("watch --count 1 --json").out)["id"], 0);
 }
 
 TEST(CmdTrap, RefusesWhatItCannotDo)
@@ -48,13 +49,11 @@ TEST(CmdTrap, RefusesWhatItCannotDo)
              {"send link_flap_detected 0 4x", "'4x' is no number that fits"},
              {"send mac_move_detected 00:11", "'00:11' is no MAC address"},
              {"send cfm_fault_notification a b 1 0 1", "(-13)"}}) {
-        const Outcome outcome = tool(arguments);
-        EXPECT_EQ(outcome.status, 1) << arguments;
-        EXPECT_THAT(outcome.err, HasSubstr(reason));
+        expect_refused(std::string{"trap "} + arguments, reason);
     }
-    EXPECT_EQ(tool("send link_flap_detected 0").status, 2);
-    EXPECT_EQ(tool("send no_such").status, 2);
-    EXPECT_THAT(tool("send fan_fail --help").out, HasSubstr("fan NUMBER REQUIRED"));
+    EXPECT_EQ(trap("send link_flap_detected 0").status, 2);
+    EXPECT_EQ(trap("send no_such").status, 2);
+    EXPECT_THAT(trap("send fan_fail --help").out, HasSubstr("fan NUMBER REQUIRED"));
 }
 
 } // namespace

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Where the tool's listings go; the list of error messages is a long one.
-#include "support/command.h"
 #include "support/overlay.h"
 #include "support/terminal.h"
+#include "support/tool.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -17,15 +17,10 @@
 namespace {
 
 using switchcfg::testing::Outcome;
-using switchcfg::testing::run_command;
 using switchcfg::testing::Terminal;
+using switchcfg::testing::tool;
 using ::testing::HasSubstr;
 using ::testing::Not;
-
-Outcome tool(const std::string &arguments)
-{
-    return run_command(SWITCHCFG_TOOL " " + arguments);
-}
 
 TEST(LongOutput, IsFilteredAndCut)
 {

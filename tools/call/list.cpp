@@ -1,15 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-// switchcfg call list: the functions there are; completion asks it too.
+// switchcfg call list: the functions there are.
 #include "tools/call/commands.h"
 #include "tools/output.h"
 
-#include <iostream>
 #include <memory>
 
 namespace switchcfg::tool {
 namespace {
 
-void list(const std::string &only, bool names)
+void list(const std::string &only)
 {
     Json json = Json::array();
     Table table{{"Family", "Number", "Function", "Time-out"}};
@@ -22,17 +21,12 @@ void list(const std::string &only, bool names)
             const auto &function = *numbers.value(i);
             const std::string name = function_name(family, function);
             const std::uint32_t timeout_s = family.timeout_s(function.number());
-            if (names) {
-                std::cout << name << '\n';
-            }
             json.push_back(
                 {{"family", family.name}, {"number", function.number()}, {"function", name}, {"timeout_s", timeout_s}});
             table.add({family.name, std::to_string(function.number()), name, std::to_string(timeout_s) + " s"});
         }
     }
-    if (!names) {
-        print(json, [&] { table.print(); });
-    }
+    print(json, [&] { table.print(); });
 }
 
 } // namespace
@@ -41,14 +35,12 @@ void add_list_command(CLI::App &app)
 {
     auto *command = app.add_subcommand("list", "The functions, their numbers and time-outs");
     auto family = std::make_shared<std::string>();
-    auto names = std::make_shared<bool>(false);
     std::vector<std::string> known;
     for (const Family &each : families()) {
         known.emplace_back(each.name);
     }
     command->add_option("FAMILY", *family, "Only this one")->check(CLI::IsMember(known));
-    command->add_flag("--names", *names, "Only the names, one a line");
-    command->callback([=] { list(*family, *names); });
+    command->callback([=] { list(*family); });
 }
 
 } // namespace switchcfg::tool

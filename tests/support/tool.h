@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: Apache-2.0
+// The switchcfg command as its users meet it. For tests that define SWITCHCFG_TOOL, its path.
+#ifndef SWITCHCFG_TESTS_SUPPORT_TOOL_H
+#define SWITCHCFG_TESTS_SUPPORT_TOOL_H
+
+#include "support/command.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace switchcfg::testing {
+
+inline Outcome tool(const std::string &arguments)
+{
+    return run_command("LC_ALL=C " SWITCHCFG_TOOL " " + arguments);
+}
+
+// A message that names the tool, what and why; nothing on standard output.
+inline void expect_refused(const std::string &arguments, const std::string &reason, int status = 1)
+{
+    const Outcome outcome = tool(arguments);
+    EXPECT_EQ(outcome.status, status) << arguments;
+    EXPECT_EQ(outcome.out, "") << arguments;
+    EXPECT_THAT(outcome.err, ::testing::StartsWith("switchcfg: ")) << arguments;
+    EXPECT_THAT(outcome.err, ::testing::HasSubstr(reason)) << arguments;
+    EXPECT_EQ(outcome.err.find('\n'), outcome.err.size() - 1) << arguments;
+}
+
+} // namespace switchcfg::testing
+
+#endif
