@@ -28,6 +28,12 @@ void add_top_command(CLI::App &app);
 void add_ports_commands(CLI::App &app);
 void add_sntp_commands(CLI::App &app);
 void add_cpumon_commands(CLI::App &app);
+// Hands the whole command line on to a program of its own,
+void add_call_command(CLI::App &app, int argc, char **argv);
+// and completion of it,
+void complete_call(int argc, char **argv);
+// and the writing of its manual page, which replaces the one that knows nothing of it.
+void add_to_manual_of_call(int argc, char **argv);
 
 } // namespace switchcfg::tool
 

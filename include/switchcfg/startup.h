@@ -83,6 +83,14 @@ SWITCHCFG_API void updateTZ(void) SWITCHCFG_NOEXCEPT;
  */
 SWITCHCFG_API char *cfg_get_pid_name(int pid) SWITCHCFG_NOEXCEPT;
 
+/**
+ * The name that log lines give a process.
+ * @param pid process, or a thread's kernel thread ID
+ * @return its name as the kernel keeps it (15 characters at most), heap text that the caller frees; null when it cannot
+ *         be read or memory is out
+ */
+SWITCHCFG_API char *cfg_get_translated_pid_name(int pid) SWITCHCFG_NOEXCEPT;
+
 SWITCHCFG_END_DECLS
 
 #endif
