@@ -11,7 +11,8 @@ target_link_libraries(switchcfg PRIVATE $<BUILD_INTERFACE:switchcfg-settings> PU
 target_compile_options(switchcfg PRIVATE
     $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-threadsafe-statics>
     -fno-semantic-interposition
-    -fasynchronous-unwind-tables -ffunction-sections -fdata-sections)
+    -fasynchronous-unwind-tables -ffunction-sections -fdata-sections
+    $<$<BOOL:${SWITCHCFG_DEBUG_INFO}>:-g>)
 target_link_options(switchcfg PRIVATE
     -Wl,--no-undefined -Wl,--gc-sections -Wl,--as-needed
     -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/libswitchcfg.map)

@@ -4,7 +4,8 @@
 // file holds an offset.
 //
 // The regions are shared with processes that store plain words, so values are in the processor's own byte order. An
-// aligned field is one relaxed atomic access and never tears; an unaligned one is a memcpy. Both are one instruction.
+// aligned field no wider than a register is one relaxed atomic access and never tears; any other one is a memcpy. Both
+// are one instruction, for 64 bits on a 32-bit processor two.
 #ifndef SWITCHCFG_CORE_FIELD_H
 #define SWITCHCFG_CORE_FIELD_H
 
@@ -123,10 +124,10 @@ struct Field : FieldInfo {
         return alias;
     }
 
-    constexpr bool aligned() const noexcept
+    constexpr bool one_access() const noexcept
     {
-        return offset % alignof(T) == 0 && dimensions[0].stride % alignof(T) == 0 &&
-               dimensions[1].stride % alignof(T) == 0;
+        return sizeof(T) <= sizeof(std::uintptr_t) && offset % alignof(T) == 0 &&
+               dimensions[0].stride % alignof(T) == 0 && dimensions[1].stride % alignof(T) == 0;
     }
 };
 
@@ -136,7 +137,7 @@ template<typename T, typename... Index>
 {
     static_assert(std::is_integral_v<T>);
     const std::uint8_t *place = region + field.place_of(static_cast<std::uint32_t>(index)...);
-    if (field.aligned()) {
+    if (field.one_access()) {
         using Word [[gnu::may_alias]] = T;
         return __atomic_load_n(reinterpret_cast<const Word *>(place), __ATOMIC_RELAXED);
     }
@@ -151,7 +152,7 @@ template<typename T, typename... Index>
 {
     static_assert(std::is_integral_v<T>);
     std::uint8_t *place = region + field.place_of(static_cast<std::uint32_t>(index)...);
-    if (field.aligned()) {
+    if (field.one_access()) {
         using Word [[gnu::may_alias]] = T;
         __atomic_store_n(reinterpret_cast<Word *>(place), value, __ATOMIC_RELAXED);
         return;

@@ -97,7 +97,7 @@ void prepare_flash(FlashRequest &request)
             fill_erased(fd.get(), request.geometry.size, request.image);
         } else if (!request.size && about.st_size <= INT32_MAX) {
             request.geometry.size = static_cast<std::uint32_t>(about.st_size); // the image knows its partition best
-        } else if (about.st_size != request.geometry.size) {
+        } else if (about.st_size != static_cast<off_t>(request.geometry.size)) {
             errno = EINVAL;
             throw refusal("--flash-image", request.image,
                 "the file has " + std::to_string(about.st_size) + " bytes, the partition " +

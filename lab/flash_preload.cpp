@@ -37,7 +37,7 @@ namespace {
 using switchlab::NorFlash;
 
 std::optional<NorFlash> flash;
-struct stat image;
+struct stat64 image;
 pthread_once_t attached = PTHREAD_ONCE_INIT;
 
 template<typename Function>
@@ -51,7 +51,7 @@ NorFlash *the_flash() noexcept
 {
     ::pthread_once(&attached, [] {
         const switchcfg::KeepErrno keep;
-        if (::stat(switchlab::flash_image_path, &image) == 0) {
+        if (::stat64(switchlab::flash_image_path, &image) == 0) {
             flash = switchlab::attach_flash();
         }
     });
@@ -62,10 +62,10 @@ NorFlash *the_flash() noexcept
 NorFlash *flash_behind(int fd) noexcept
 {
     const switchcfg::KeepErrno keep;
-    struct stat about {};
+    struct stat64 about {};
     NorFlash *const device = the_flash();
     const bool ours =
-        device != nullptr && ::fstat(fd, &about) == 0 && about.st_ino == image.st_ino && about.st_dev == image.st_dev;
+        device != nullptr && ::fstat64(fd, &about) == 0 && about.st_ino == image.st_ino && about.st_dev == image.st_dev;
     return ours ? device : nullptr;
 }
 
@@ -266,6 +266,11 @@ INTERPOSED int fdatasync(int fd)
 INTERPOSED int ftruncate(int fd, off_t length) noexcept
 {
     return flash_behind(fd) != nullptr ? 0 : REAL(ftruncate)(fd, length);
+}
+
+INTERPOSED int ftruncate64(int fd, off64_t length) noexcept
+{
+    return flash_behind(fd) != nullptr ? 0 : REAL(ftruncate64)(fd, length);
 }
 
 INTERPOSED int ioctl(int fd, unsigned long request, ...) noexcept

@@ -58,11 +58,13 @@ ssize_t NorFlash::read(std::uint64_t position, std::span<std::uint8_t> out) cons
     if (state_->powered == 0) {
         return -EIO;
     }
-    const std::uint64_t size = state_->geometry.size;
-    const std::size_t count = position >= size ? 0 : std::min<std::uint64_t>(out.size(), size - position);
-    if (count > 0) {
-        std::memcpy(out.data(), content_ + position, count);
+    const std::size_t size = state_->geometry.size;
+    if (position >= size) {
+        return 0;
     }
+    const auto at = static_cast<std::size_t>(position);
+    const std::size_t count = std::min(out.size(), size - at);
+    std::memcpy(out.data(), content_ + at, count);
     return static_cast<ssize_t>(count);
 }
 
@@ -76,9 +78,10 @@ ssize_t NorFlash::write(std::uint64_t position, std::span<const std::uint8_t> in
     if (position >= geometry.size) {
         return -ENOSPC; // even for no bytes, as the MTD layer has it
     }
-    in = in.first(std::min<std::uint64_t>(in.size(), geometry.size - position));
+    const auto start = static_cast<std::size_t>(position);
+    in = in.first(std::min(in.size(), geometry.size - start));
     for (std::size_t done = 0; done < in.size();) {
-        const std::size_t at = position + done;
+        const std::size_t at = start + done;
         const std::size_t count = std::min<std::size_t>(in.size() - done, geometry.page - at % geometry.page);
         const Outcome outcome = begin_program();
         const std::size_t programmed = outcome == Outcome::done ? count : outcome == Outcome::half_done ? count / 2 : 0;

@@ -25,6 +25,7 @@ constexpr Numbering foreign[] = {
     {"--bcm", "Codes of the switch chip's driver", cfg_error_from_bcm, 0, -18},
     {"--stp", "Codes of the spanning-tree engine", cfg_error_from_stp, 0, 32},
     {"--psm", "Codes of the power-supply manager", cfg_error_from_psm, -1001, -1006},
+    {"--pm", "Results of the process manager", cfg_pmg_err_code_translate, 0, -7},
 };
 
 struct Request {

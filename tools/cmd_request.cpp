@@ -2,10 +2,10 @@
 // switchcfg request: one exchange with a daemon's port, byte by byte. For those who write a daemon.
 #include "tools/commands.h"
 #include "tools/failure.h"
+#include "tools/hex_text.h"
 #include "tools/output.h"
 
 #include <arpa/inet.h>
-#include <cctype>
 #include <cstdint>
 #include <cstdio>
 #include <fstream>
@@ -16,12 +16,9 @@
 #include <string>
 #include <switchcfg/request_channel.h>
 #include <unistd.h>
-#include <vector>
 
 namespace switchcfg::tool {
 namespace {
-
-using Bytes = std::vector<std::uint8_t>;
 
 constexpr std::size_t largest_record = std::size_t{64} << 20;
 
@@ -34,28 +31,6 @@ struct Request {
     std::string ipv6;
     bool raw = false;
 };
-
-// Digits in pairs; blanks, colons and dashes between pairs are for the reader.
-Bytes bytes_of_hex(const std::string &text)
-{
-    Bytes bytes;
-    std::string digits;
-    for (const char character : text) {
-        if (std::isxdigit(static_cast<unsigned char>(character)) != 0) {
-            digits += character;
-            if (digits.size() == 2) {
-                bytes.push_back(static_cast<std::uint8_t>(std::stoul(digits, nullptr, 16)));
-                digits.clear();
-            }
-        } else if (!digits.empty() || std::string{" \t\n:-"}.find(character) == std::string::npos) {
-            throw Failure{"'" + text + "' is not hexadecimal: unexpected '" + character + "'"};
-        }
-    }
-    if (!digits.empty()) {
-        throw Failure{"'" + text + "' is not hexadecimal: the last byte lacks a digit"};
-    }
-    return bytes;
-}
 
 Bytes bytes_of_file(const std::string &path)
 {
@@ -108,34 +83,6 @@ int connect_ipv6(const std::string &text, std::uint32_t port)
         }
     }
     return daemon_client_req_connect_ipv6(port, address.s6_addr, scope_id);
-}
-
-void print_dump(const Bytes &bytes)
-{
-    for (std::size_t line = 0; line < bytes.size(); line += 16) {
-        std::string hex;
-        std::string text;
-        for (std::size_t i = line; i < std::min(line + 16, bytes.size()); ++i) {
-            char pair[4];
-            (void)std::snprintf(pair, sizeof pair, "%02x ", bytes[i]);
-            hex += pair;
-            text += std::isprint(bytes[i]) != 0 ? static_cast<char>(bytes[i]) : '.';
-        }
-        hex.resize(48, ' ');
-        char place[17];
-        (void)std::snprintf(place, sizeof place, "%08zx", line);
-        std::cout << place << "  " << hex << ' ' << text << '\n';
-    }
-}
-
-std::string hex_of(const Bytes &bytes)
-{
-    constexpr char digits[] = "0123456789abcdef";
-    std::string hex;
-    for (const std::uint8_t byte : bytes) {
-        hex += {digits[byte >> 4], digits[byte & 15]};
-    }
-    return hex;
 }
 
 void exchange(const Request &request)

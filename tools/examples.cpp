@@ -46,6 +46,8 @@ constexpr Example examples[] = {
     {"kill", "kill -s USR1 bcmd", "every process of that name"},
     {"open-files", "open-files /var/status", "who has a file open"},
     {"pm", "pm restart bcmd", "ask the process manager"},
+    {"call", "call unit-port counters-get 0 1", "a function of the switch-chip daemon"},
+    {"call", "call general echo --input text:hello", "with bytes for it"},
     {"ip", "ip normalize 10.1.2.3/255.255.255.0", "one way to write it"},
     {"mac", "mac parse 00-04-df-01-02-03", "any separator"},
     {"top", "top", "live, q ends"},

@@ -48,7 +48,8 @@ int normalize(const char *text, char *normalized, bool host_only) noexcept
         return -1;
     }
     if (normalized != nullptr) {
-        (void)std::snprintf(normalized, IP_TEXT_SIZE, "%lu.%lu.%lu.%lu", parts[0], parts[1], parts[2], parts[3]);
+        const auto part = [&parts](int place) { return static_cast<std::uint8_t>(parts[place]); };
+        (void)std::snprintf(normalized, IP_TEXT_SIZE, "%u.%u.%u.%u", part(0), part(1), part(2), part(3));
     }
     return 0;
 }

@@ -102,7 +102,7 @@ int ip_mask_to_prefix(const char *mask) noexcept
     std::uint32_t value = 0;
     for (int i = 0; mask != nullptr && i < 4; ++i) {
         char *end = nullptr;
-        const long part = std::strtol(mask, &end, 10);
+        const long long part = std::strtoll(mask, &end, 10); // saturates, beyond int on machines of every width
         const bool is_int = part >= std::numeric_limits<int>::min() && part <= std::numeric_limits<int>::max();
         if (end == mask || !is_int) {
             return -1;

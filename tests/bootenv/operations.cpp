@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// Stands in for open() of both offset sizes, so the one must not be the other's name.
+#undef _FILE_OFFSET_BITS
 #include "bootenv/operations.h"
 
 #include <cstdarg>

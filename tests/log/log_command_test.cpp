@@ -34,6 +34,13 @@ void put(Wire &wire, std::size_t offset, std::uint32_t value)
     std::memcpy(&wire[offset], &value, 4);
 }
 
+std::uint32_t get(const Wire &wire, std::size_t offset)
+{
+    std::uint32_t value = 0;
+    std::memcpy(&value, &wire[offset], 4);
+    return value;
+}
+
 // A daemon on the control port, both families, whose reply is the request as `change` leaves it, and `extra` behind it.
 Peer answer(const std::function<void(Wire &)> &change, const std::string &extra = {}, std::int32_t reply_bytes = 4688)
 {
@@ -194,7 +201,7 @@ TEST(LogCommand, NothingLeaksOverManyCalls)
 {
     const Peer daemon = answer(
         [](Wire &wire) {
-            put(wire, count, wire[0] == 7 ? 4 : 8); // four are there
+            put(wire, count, get(wire, 0) == 7 ? 4 : 8); // four are there
             put(wire, size, 1);
         },
         "text");

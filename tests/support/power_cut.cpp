@@ -86,7 +86,9 @@ class Tracer {
         StorageCalls calls;
         job_ = ::fork();
         if (job_ == 0) {
-            ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
+            if (::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0) {
+                ::_exit(broken);
+            }
             ::raise(SIGSTOP);
             ::_exit(calls.install() ? job() : broken);
         }
