@@ -26,10 +26,10 @@ namespace {
 using switchcfg::Descriptor;
 
 // A request as it is put together; attributes may stand in attributes.
-class Request {
+class NetlinkRequest {
   public:
     template<typename Body>
-    Request(std::uint16_t type, int flags, const Body &body)
+    NetlinkRequest(std::uint16_t type, int flags, const Body &body)
     {
         nlmsghdr head{};
         head.nlmsg_type = type;
@@ -100,7 +100,7 @@ class Request {
     std::vector<std::uint8_t> bytes_;
 };
 
-void require(Request &request, std::string_view what, std::string_view object)
+void require(NetlinkRequest &request, std::string_view what, std::string_view object)
 {
     if (const int error = request.ask(); error != 0) {
         errno = error;
@@ -127,7 +127,7 @@ ifinfomsg that_is_up()
 
 void make_bridge(const std::string &name, const Mac &mac)
 {
-    Request request{RTM_NEWLINK, create, that_is_up()};
+    NetlinkRequest request{RTM_NEWLINK, create, that_is_up()};
     request.add(IFLA_IFNAME, name);
     request.add(IFLA_ADDRESS, mac.data(), mac.size());
     const std::size_t kind = request.begin(IFLA_LINKINFO);
@@ -136,14 +136,14 @@ void make_bridge(const std::string &name, const Mac &mac)
     require(request, "make bridge", name);
 }
 
-void join_to_bridge(const Link &link, pid_t pid)
+void join_to_bridge(const VirtualLink &link, pid_t pid)
 {
     if (const unsigned old = index_of(link.port); old != 0) {
         ifinfomsg which{};
         which.ifi_index = static_cast<int>(old);
-        (void)Request{RTM_DELLINK, 0, which}.ask();
+        (void)NetlinkRequest{RTM_DELLINK, 0, which}.ask();
     }
-    Request request{RTM_NEWLINK, create, that_is_up()};
+    NetlinkRequest request{RTM_NEWLINK, create, that_is_up()};
     request.add(IFLA_IFNAME, link.port);
     request.add(IFLA_MASTER, index_of(link.bridge));
     const std::size_t kind = request.begin(IFLA_LINKINFO);
@@ -171,7 +171,7 @@ void add_address(const std::string &interface, const std::string &address)
     (void)std::from_chars(address.data() + slash + 1, address.data() + address.size(), about.ifa_prefixlen);
     in6_addr bytes{};
     (void)::inet_pton(about.ifa_family, host.c_str(), &bytes);
-    Request request{RTM_NEWADDR, create, about};
+    NetlinkRequest request{RTM_NEWADDR, create, about};
     request.add(IFA_LOCAL, &bytes, about.ifa_family == AF_INET ? sizeof(in_addr) : sizeof bytes);
     require(request, "give " + interface + " the address", address);
 }
@@ -184,7 +184,7 @@ void bring_up(const std::string &interface)
     write_kernel_file((settings + "addr_gen_mode").c_str(), "1"); // none: the kernel's own would come when it likes
     ifinfomsg which = that_is_up();
     which.ifi_index = static_cast<int>(index_of(interface));
-    Request request{RTM_NEWLINK, 0, which};
+    NetlinkRequest request{RTM_NEWLINK, 0, which};
     require(request, "bring up", interface);
 }
 

@@ -17,14 +17,14 @@ using Mac = std::array<std::uint8_t, 6>;
 void make_bridge(const std::string &name, const Mac &mac);
 
 // A link from a port of the bridge, here, to the interface `name` in the network namespace of process `pid`.
-struct Link {
+struct VirtualLink {
     std::string bridge;
     std::string port;
     std::string name;
     Mac mac{};
 };
 // Takes the place of an earlier one on this port.
-void join_to_bridge(const Link &link, pid_t pid);
+void join_to_bridge(const VirtualLink &link, pid_t pid);
 
 // "ADDRESS/LENGTH", of either family, usable at once: nobody else can have it.
 void add_address(const std::string &interface, const std::string &address);

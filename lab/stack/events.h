@@ -13,7 +13,8 @@ class Events {
   public:
     explicit Events(int channel) : channel_(channel) {}
 
-    // How far it is: "folders", "links", "flash", "daemons", then "ready"; "off" when it has no power.
+    // How far it is: "folders", "links", "flash", "daemons", then "ready"; "incomplete" when a
+    // daemon is missing, "off" without power, "failed" when it could not start.
     void stage(int part, const std::string &stage) const
     {
         send_message(channel_, {{"event", "stage"}, {"part", part}, {"stage", stage}});

@@ -75,28 +75,35 @@ int Keeper::run(Watcher &watcher)
         if (::poll(awaited, std::size(awaited), -1) < 0 && errno != EINTR) {
             throw refusal("poll", "");
         }
-        if ((awaited[0].revents & POLLIN) != 0) {
-            hear(watcher);
+        if ((awaited[0].revents & POLLIN) != 0 && hear(watcher)) {
+            failed = ready_after_.count() < 0 && some_part_failed();
             continue; // what was said comes before what happened
         }
         if (awaited[1].revents != 0) {
             serve_visitor();
         }
-        asked_to_end_ = asked_to_end_ || awaited[2].revents != 0;
+        if (awaited[2].revents != 0) {
+            signalfd_siginfo taken{};
+            (void)!::read(signals_.get(), &taken, sizeof taken);
+            asked_to_end_ = true;
+        }
         failed = awaited[3].revents != 0;
     }
     end();
     if (last_visitor_) {
         send_message(last_visitor_.get(), {{"down", true}});
     }
+    if (failed) {
+        watcher.trouble(the_station, ready_after_.count() < 0 ? "could not be brought up" : "has ended by itself");
+    }
     return failed ? exit_lab_failed : 0;
 }
 
-void Keeper::hear(Watcher &watcher)
+bool Keeper::hear(Watcher &watcher)
 {
     std::optional<Message> message = receive_message(events_.get());
     if (!message) {
-        return;
+        return false;
     }
     const json &body = message->body;
     const int number = body.value("part", 0);
@@ -109,7 +116,7 @@ void Keeper::hear(Watcher &watcher)
         part.daemons = body["daemons"];
     } else if (event == "stage") {
         part.stage = body.value("stage", "");
-        if (part.stage == "off") {
+        if (part.stage == "off" || part.stage == "failed") {
             part.process.reset();
             part.root.reset();
         }
@@ -118,6 +125,12 @@ void Keeper::hear(Watcher &watcher)
     } else if (event == "trouble") {
         watcher.trouble(number, body.value("text", ""));
     }
+    return true;
+}
+
+bool Keeper::some_part_failed() const
+{
+    return std::ranges::any_of(parts_, [](const auto &part) { return part.second.stage == "failed"; });
 }
 
 void Keeper::look_whether_ready(Watcher &watcher)

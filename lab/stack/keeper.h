@@ -47,7 +47,8 @@ class Keeper {
     };
 
     void start();
-    void hear(Watcher &watcher);
+    bool hear(Watcher &watcher); // false when there is nothing to hear any more
+    bool some_part_failed() const;
     void look_whether_ready(Watcher &watcher);
     void serve_visitor();
     void describe(int visitor);

@@ -171,7 +171,8 @@ class Lab {
     void unit_ended(const UnitPlan &unit, int status)
     {
         pid_of(unit) = 0;
-        events_.stage(unit.number, "off");
+        const bool failed = WIFEXITED(status) && WEXITSTATUS(status) == exit_lab_failed;
+        events_.stage(unit.number, failed ? "failed" : "off");
         if (WIFEXITED(status) && WEXITSTATUS(status) == unit_restarts) {
             power_on_again(unit);
         }

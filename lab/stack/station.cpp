@@ -28,7 +28,7 @@ constexpr char settings_path[] = "/etc/switchlab-snmptrapd.conf";
 // One line per notification: when, from whom, and its bindings.
 constexpr char settings[] = "disableAuthorization yes\n"
                             "format2 %.2h:%.2j:%.2k %b %V| %v\\n\n";
-constexpr timespec look_interval{0, 10'000'000};
+constexpr timespec receiver_look_interval{0, 10'000'000};
 
 // In a build folder beside switchlab, installed with the other data.
 std::string notification_names()
@@ -113,7 +113,7 @@ int receive(const Events &events)
             ready = true;
             events.stage(the_station, "ready");
         }
-        (void)::nanosleep(&look_interval, nullptr);
+        (void)::nanosleep(&receiver_look_interval, nullptr);
     }
 }
 

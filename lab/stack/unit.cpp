@@ -32,7 +32,7 @@ using switchcfg::Descriptor;
 
 constexpr char process_list_path[] = "/etc/switchlab/processes";
 constexpr char daemon_log[] = "/var/log/daemons.log";
-constexpr timespec look_interval{0, 10'000'000};
+constexpr timespec probe_interval{0, 10'000'000};
 constexpr int looks_before_complaint = 1500;
 constexpr timespec respawn_pause{0, 200'000'000};
 
@@ -214,7 +214,7 @@ class Unit {
             if (running == 0) {
                 running = start({manager, process_list_path});
             }
-            const timespec pause = look_interval;
+            const timespec pause = probe_interval;
             const int number = ready_ ? ::sigwaitinfo(&awaited_, nullptr) : ::sigtimedwait(&awaited_, nullptr, &pause);
             if (number == SIGUSR1 || number == SIGUSR2) {
                 return number == SIGUSR1 ? unit_restarts : unit_halted;

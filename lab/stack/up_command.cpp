@@ -2,6 +2,7 @@
 #include "lab/stack/up_command.h"
 
 #include "lab/namespaces.h"
+#include "lab/programs.h"
 #include "lab/refusal.h"
 #include "lab/sandbox.h"
 #include "lab/stack/progress.h"
@@ -22,7 +23,7 @@ namespace {
 
 using switchcfg::Descriptor;
 
-struct Request {
+struct UpRequest {
     std::string name = usual_lab;
     int units = 0;
     std::vector<std::string> models;
@@ -124,9 +125,12 @@ int keep_in_background(const LabPlan &plan)
     return ::read(hears.get(), &up_status, 1) == 1 ? up_status : exit_lab_failed;
 }
 
-int up(const Request &request)
+int up(const UpRequest &request)
 {
     check_name(request.name);
+    if (find_companion("switchlab-pm").empty()) {
+        throw Refusal("the daemons are missing: they are built and installed with switchlab, beside it");
+    }
     const LabPlan plan{request.name, request.keep, plan_units(request.units, request.models)};
     return request.detach ? keep_in_background(plan) : keep_in_foreground(plan);
 }
@@ -136,7 +140,7 @@ int up(const Request &request)
 void add_up_command(CLI::App &app, int &status)
 {
     CLI::App *const command = app.add_subcommand("up", "Brings up a switch of one or several units");
-    const auto request = std::make_shared<Request>();
+    const auto request = std::make_shared<UpRequest>();
     command->add_option("--units", request->units, "How many, 1 to 8 (as many as there are models, or 1)")
         ->check(CLI::Range(1, most_units));
     command->add_option("--models", request->models, "A,B,...: their models, by number or name")->delimiter(',');

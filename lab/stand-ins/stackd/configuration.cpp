@@ -19,7 +19,7 @@ namespace {
 
 using switchcfg::Descriptor;
 
-constexpr std::uint16_t port = 61101;
+constexpr std::uint16_t configuration_port = 61101;
 constexpr std::uint64_t retry_cs = 20;
 constexpr int socket_kind = SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK;
 
@@ -30,7 +30,7 @@ const sockaddr *generic(const sockaddr_in6 &address)
 
 sockaddr_in6 at_port(sockaddr_in6 address)
 {
-    address.sin6_port = htons(port);
+    address.sin6_port = htons(configuration_port);
     return address;
 }
 
@@ -72,7 +72,7 @@ Configuration::Configuration(const sockaddr_in6 &own_address) : listener_(::sock
     const int on = 1;
     if (!listener_ || ::setsockopt(listener_.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on) != 0 ||
         ::bind(listener_.get(), generic(address), sizeof address) != 0 || ::listen(listener_.get(), 8) != 0) {
-        throw std::runtime_error{"port " + std::to_string(port) + ": " + std::strerror(errno)};
+        throw std::runtime_error{"port " + std::to_string(configuration_port) + ": " + std::strerror(errno)};
     }
 }
 

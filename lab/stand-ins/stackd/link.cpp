@@ -13,8 +13,7 @@ namespace {
 using switchcfg::load_ordered;
 using switchcfg::store_ordered;
 
-constexpr auto big = std::endian::big;
-constexpr std::uint32_t magic = 0x53574346;
+constexpr std::uint32_t frame_magic = 0x53574346;
 constexpr std::size_t head_size = 28;
 constexpr std::uint32_t longest = 64 * 1024;
 constexpr std::size_t most_waiting = 64 * 1024 * 1024; // more than both regions
@@ -27,11 +26,11 @@ void Link::send(const Frame &frame)
         return;
     }
     std::array<std::uint8_t, head_size> head{};
-    const std::uint32_t words[] = {magic, static_cast<std::uint32_t>(frame.kind), frame.region, frame.offset,
+    const std::uint32_t words[] = {frame_magic, static_cast<std::uint32_t>(frame.kind), frame.region, frame.offset,
         static_cast<std::uint32_t>(frame.bytes.size()), static_cast<std::uint32_t>(frame.generation >> 32),
         static_cast<std::uint32_t>(frame.generation)};
     for (std::size_t i = 0; i < std::size(words); ++i) {
-        store_ordered<big>(head.data() + 4 * i, words[i]);
+        store_ordered<std::endian::big>(head.data() + 4 * i, words[i]);
     }
     out_.insert(out_.end(), head.begin(), head.end());
     out_.insert(out_.end(), frame.bytes.begin(), frame.bytes.end());
@@ -60,9 +59,11 @@ bool Link::take_frames(const std::function<bool(const Frame &)> &take)
 {
     std::size_t at = 0;
     while (in_.size() - at >= head_size) {
-        const auto word = [&](std::size_t i) { return load_ordered<big, std::uint32_t>(in_.data() + at + 4 * i); };
+        const auto word = [&](std::size_t i) {
+            return load_ordered<std::endian::big, std::uint32_t>(in_.data() + at + 4 * i);
+        };
         const std::uint32_t length = word(4);
-        if (word(0) != magic || length > longest) {
+        if (word(0) != frame_magic || length > longest) {
             return false;
         }
         if (in_.size() - at - head_size < length) {

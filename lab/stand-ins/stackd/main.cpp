@@ -32,7 +32,7 @@ using namespace switchlab::stackd;
 namespace layout = switchcfg::status_layout;
 
 constexpr std::uint64_t hello_interval_cs = 20;
-constexpr std::uint64_t settled_cs = 200;
+constexpr std::uint64_t settled_cs = 100;
 constexpr std::uint64_t look_interval_us = 100'000;
 constexpr std::uint64_t look_share = 50; // looking for changes takes at most this part of a processor
 

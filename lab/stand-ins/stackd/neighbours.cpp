@@ -24,23 +24,22 @@ using switchcfg::Descriptor;
 using switchcfg::load_ordered;
 using switchcfg::store_ordered;
 
-constexpr std::uint16_t port = 61100;
-constexpr std::uint32_t magic = 0x53574849;
-constexpr std::size_t size = 36;
+constexpr std::uint16_t hello_port = 61100;
+constexpr std::uint32_t hello_magic = 0x53574849;
+constexpr std::size_t hello_size = 36;
 constexpr std::uint64_t silence_cs = 150;
 constexpr int most_units = 8;
 
-constexpr auto big = std::endian::big;
-using Hello = std::array<std::uint8_t, size>;
+using Hello = std::array<std::uint8_t, hello_size>;
 
 Hello encode(const UnitFacts &facts)
 {
     Hello hello{};
-    const std::uint32_t words[] = {magic, static_cast<std::uint32_t>(facts.unit),
+    const std::uint32_t words[] = {hello_magic, static_cast<std::uint32_t>(facts.unit),
         static_cast<std::uint32_t>(facts.model), static_cast<std::uint32_t>(facts.version),
         static_cast<std::uint32_t>(facts.generation >> 32), static_cast<std::uint32_t>(facts.generation)};
     for (std::size_t i = 0; i < std::size(words); ++i) {
-        store_ordered<big>(hello.data() + 4 * i, words[i]);
+        store_ordered<std::endian::big>(hello.data() + 4 * i, words[i]);
     }
     std::memcpy(hello.data() + 24, facts.mac.data(), facts.mac.size());
     return hello;
@@ -48,8 +47,10 @@ Hello encode(const UnitFacts &facts)
 
 std::optional<UnitFacts> decode(std::span<const std::uint8_t> bytes)
 {
-    const auto word = [&](std::size_t i) { return load_ordered<big, std::uint32_t>(bytes.data() + 4 * i); };
-    if (bytes.size() != size || word(0) != magic || word(1) >= most_units || word(2) >= CFG_EQUIP_RECORDS ||
+    const auto word = [&](std::size_t i) {
+        return load_ordered<std::endian::big, std::uint32_t>(bytes.data() + 4 * i);
+    };
+    if (bytes.size() != hello_size || word(0) != hello_magic || word(1) >= most_units || word(2) >= CFG_EQUIP_RECORDS ||
         word(2) == 0) {
         return std::nullopt;
     }
@@ -67,7 +68,7 @@ sockaddr_in6 all_nodes(std::uint32_t scope)
 {
     sockaddr_in6 address{};
     address.sin6_family = AF_INET6;
-    address.sin6_port = htons(port);
+    address.sin6_port = htons(hello_port);
     address.sin6_scope_id = scope;
     (void)::inet_pton(AF_INET6, "ff02::1", &address.sin6_addr);
     return address;
@@ -86,7 +87,7 @@ Neighbours::Neighbours(const std::string &interface)
     find_interface(interface);
     sockaddr_in6 any{};
     any.sin6_family = AF_INET6;
-    any.sin6_port = htons(port);
+    any.sin6_port = htons(hello_port);
     const int off = 0;
     const auto index = static_cast<int>(own_address_.sin6_scope_id);
     if (!socket_ || ::bind(socket_.get(), reinterpret_cast<const sockaddr *>(&any), sizeof any) != 0 ||
@@ -137,7 +138,7 @@ void Neighbours::say(const UnitFacts &facts) const
 
 void Neighbours::listen(int own_unit, const std::function<void(const UnitFacts &)> &joined)
 {
-    std::array<std::uint8_t, size + 1> bytes{};
+    std::array<std::uint8_t, hello_size + 1> bytes{};
     sockaddr_in6 from{};
     socklen_t length = sizeof from;
     ssize_t got = 0;
