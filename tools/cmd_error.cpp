@@ -28,11 +28,7 @@ constexpr Numbering foreign[] = {
     {"--pm", "Results of the process manager", cfg_pmg_err_code_translate, 0, -7},
 };
 
-<<<<<<< HEAD
-struct ErrorRequest {
-=======
 struct ErrorQuestion {
->>>>>>> refs/heads/sntpcpu
     const Numbering *numbering = &own;
     std::vector<int> codes;
     bool list = false;
@@ -57,11 +53,7 @@ std::string on_one_line(const char *message)
     return line;
 }
 
-<<<<<<< HEAD
-void show(const ErrorRequest &request)
-=======
 void show(const ErrorQuestion &request)
->>>>>>> refs/heads/sntpcpu
 {
     const bool translated = request.numbering != &own;
     Json json = Json::array();
@@ -112,11 +104,7 @@ void show(const ErrorQuestion &request)
 void add_error_command(CLI::App &app)
 {
     auto *command = app.add_subcommand("error", "What error codes mean");
-<<<<<<< HEAD
-    auto request = std::make_shared<ErrorRequest>();
-=======
     auto request = std::make_shared<ErrorQuestion>();
->>>>>>> refs/heads/sntpcpu
     auto *codes = command->add_option("codes", request->codes, "Codes as functions return them, such as -17");
     auto *list = command->add_flag("--list", request->list, "Every code of the numbering");
     codes->excludes(list);
