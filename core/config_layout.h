@@ -33,8 +33,10 @@ inline constexpr Field<Text<9>>       sntp_key_type{"sntp.key.type", 41900, "kin
 inline constexpr Field<Text<9>>       sntp_key_value{"sntp.key.value", 41909, "the key", per_sntp_key};
 inline constexpr Field<Text<17>>      sntp_key_server_text{"sntp.key.server_text", 41918, "bound server as text, for old files", per_sntp_key};
 inline constexpr Field<Bytes<17>>     sntp_key_server{"sntp.key.server", 41935, "bound server: 16 address bytes and their length", per_sntp_key};
-inline constexpr Field<Bytes<56>>     sntp_key = Field<Bytes<56>>{"sntp.key", 41896, "the whole record of a key", per_sntp_key}.sharing();
 inline constexpr Field<std::uint32_t> sntp_server_state{"sntp.server_state", 42064, "two words per server, cleared and moved with it", {3, 8}, {2, 4}};
+
+// A whole key, for what clears it: no field of the list, where its parts are.
+inline constexpr Field<Bytes<56>>     sntp_key{"sntp.key", 41896, "a key with its binding", per_sntp_key};
 
 // Ports of the two services whose illegal accesses are told apart; the words are unaligned on purpose.
 inline constexpr Field<std::uint32_t> service_port{"service.port", 57829, "port number of a web service", {2, 5}};
@@ -57,7 +59,6 @@ inline constexpr FieldInfo fields[] = {
     sntp_server_text,
     sntp_server,
     sntp_auth_enable,
-    sntp_key,
     sntp_key_id,
     sntp_key_type,
     sntp_key_value,

@@ -24,20 +24,25 @@ namespace {
 // The server once it is made: its one-time guard is more than the rest of a local call.
 constinit std::atomic<BcmdFunclistServer *> made_server{nullptr};
 
+// For callers that leave out a place, or both.
+[[gnu::noinline]] int run_with_own_places(bcmd_legacy_callback function, std::uint32_t arg1, std::uint32_t arg2,
+    std::uint32_t arg3, std::uint32_t arg4, const void *input, void **output, std::uint32_t *output_length)
+{
+    void *unwanted = nullptr;
+    std::uint32_t unwanted_length = 0;
+    const int result = function(arg1, arg2, arg3, arg4, input, output != nullptr ? output : &unwanted,
+        output_length != nullptr ? output_length : &unwanted_length);
+    std::free(unwanted);
+    return result;
+}
+
 [[gnu::always_inline]] inline int run(bcmd_legacy_callback function, std::uint32_t arg1, std::uint32_t arg2,
     std::uint32_t arg3, std::uint32_t arg4, const void *input, void **output, std::uint32_t *output_length)
 {
-    std::uint32_t unwanted_length = 0;
-    if (output_length == nullptr) {
-        output_length = &unwanted_length;
+    if (output == nullptr || output_length == nullptr) [[unlikely]] {
+        return run_with_own_places(function, arg1, arg2, arg3, arg4, input, output, output_length);
     }
-    if (output != nullptr) {
-        return function(arg1, arg2, arg3, arg4, input, output, output_length);
-    }
-    void *unwanted = nullptr;
-    const int result = function(arg1, arg2, arg3, arg4, input, &unwanted, output_length);
-    std::free(unwanted);
-    return result;
+    return function(arg1, arg2, arg3, arg4, input, output, output_length);
 }
 
 [[gnu::always_inline]] inline int run(bcmd_legacy_unit_callback function, std::uint32_t arg1, std::uint32_t arg2,
@@ -46,16 +51,22 @@ constinit std::atomic<BcmdFunclistServer *> made_server{nullptr};
     return function(arg1, arg2, arg3, arg4, input);
 }
 
+// Nothing is called before the function is, so that the arguments stay where they came in.
 template<typename Type>
 [[gnu::always_inline]] inline int look_up_and_run(BcmdFunclistServer &server, Type type, std::uint32_t arg1,
     std::uint32_t arg2, std::uint32_t arg3, std::uint32_t arg4, const void *input, void **output,
     std::uint32_t *output_length)
 {
-    const auto function = Tables::of(server, type)[type];
-    if (function == nullptr) {
+    auto &table = Tables::of(server, type);
+    const auto found = table.find(type);
+    if (found == table.end()) [[unlikely]] {
+        table[type] = nullptr;
         return communication_error;
     }
-    return run(function, arg1, arg2, arg3, arg4, input, output, output_length);
+    if (found->second == nullptr) [[unlikely]] {
+        return communication_error;
+    }
+    return run(found->second, arg1, arg2, arg3, arg4, input, output, output_length);
 }
 
 // Calls that are not local, and the first of those that are.

@@ -8,6 +8,9 @@
 #include <cstring>
 #include <memory>
 #include <switchcfg/funclist.h>
+#include <switchcfg/vxlog.h>
+
+void vxlog(int /*level*/, const char * /*format*/, ...) {}
 
 using namespace switchcfg::fuzz;
 

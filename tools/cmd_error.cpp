@@ -28,7 +28,7 @@ constexpr Numbering foreign[] = {
     {"--pm", "Results of the process manager", cfg_pmg_err_code_translate, 0, -7},
 };
 
-struct Request {
+struct ErrorQuestion {
     const Numbering *numbering = &own;
     std::vector<int> codes;
     bool list = false;
@@ -53,7 +53,7 @@ std::string on_one_line(const char *message)
     return line;
 }
 
-void show(const Request &request)
+void show(const ErrorQuestion &request)
 {
     const bool translated = request.numbering != &own;
     Json json = Json::array();
@@ -104,7 +104,7 @@ void show(const Request &request)
 void add_error_command(CLI::App &app)
 {
     auto *command = app.add_subcommand("error", "What error codes mean");
-    auto request = std::make_shared<Request>();
+    auto request = std::make_shared<ErrorQuestion>();
     auto *codes = command->add_option("codes", request->codes, "Codes as functions return them, such as -17");
     auto *list = command->add_flag("--list", request->list, "Every code of the numbering");
     codes->excludes(list);

@@ -22,7 +22,7 @@ namespace {
 
 constexpr std::size_t largest_record = std::size_t{64} << 20;
 
-struct ChannelRequest {
+struct DaemonRequest {
     std::uint32_t port = 0;
     std::string hex;
     std::string file;
@@ -48,7 +48,7 @@ Bytes bytes_of_file(const std::string &path)
     return bytes;
 }
 
-Bytes record_of(const ChannelRequest &request)
+Bytes record_of(const DaemonRequest &request)
 {
     Bytes record = request.file.empty() ? bytes_of_hex(request.hex) : bytes_of_file(request.file);
     if (request.length != 0) {
@@ -85,7 +85,7 @@ int connect_ipv6(const std::string &text, std::uint32_t port)
     return daemon_client_req_connect_ipv6(port, address.s6_addr, scope_id);
 }
 
-void exchange(const ChannelRequest &request)
+void exchange(const DaemonRequest &request)
 {
     Bytes record = record_of(request);
     const std::string where =
@@ -114,7 +114,7 @@ void exchange(const ChannelRequest &request)
 void add_request_command(CLI::App &app)
 {
     auto *command = app.add_subcommand("request", "Send a record to a daemon's port and print the reply");
-    auto request = std::make_shared<ChannelRequest>();
+    auto request = std::make_shared<DaemonRequest>();
     command->add_option("port", request->port, "TCP port of the daemon")->required()->check(CLI::Range(1, 65535));
     auto *hex = command->add_option("--hex", request->hex, "The record in hexadecimal digits");
     command->add_option("--file", request->file, "The record from a file, - for standard input")->excludes(hex);
@@ -125,7 +125,7 @@ void add_request_command(CLI::App &app)
         "Connect to this address, such as ::1 or fe80::1%eth0, instead of "
         "127.0.0.1");
     command->add_flag("--raw", request->raw, "Print the reply's bytes as they are");
-    command->footer("Request and reply have the same length; words are in the byte order of this machine.");
+    command->footer("DaemonRequest and reply have the same length; words are in the byte order of this machine.");
     command->callback([=] { exchange(*request); });
 }
 

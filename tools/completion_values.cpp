@@ -3,6 +3,7 @@
 
 #include "core/config_layout.h"
 #include "core/status_layout.h"
+#include "features/routing_command_rows.h"
 #include "tools/attach.h"
 #include "tools/env_access.h"
 #include "tools/models.h"
@@ -124,6 +125,15 @@ Values processes()
     return names;
 }
 
+Values routing_commands()
+{
+    Values names;
+    for (const RoutingCommandRow &row : routing_command_rows) {
+        names.emplace_back(row.name);
+    }
+    return names;
+}
+
 struct Rule {
     std::string_view path; // of the command, or of its parent
     std::string_view argument;
@@ -141,6 +151,7 @@ constexpr Rule rules[] = {
     {"log", "store", stores},
     {"log", "--level", levels},
     {"lock run", "name", locks},
+    {"routing send", "command", routing_commands},
     {"ports", "unit", units},
     {"port", "port", ports},
     {"equip show", "unit", units},

@@ -10,7 +10,7 @@ packages_test=(libgtest-dev libgmock-dev libbenchmark-dev iproute2 libubootenv-t
 packages_lint=(clang-format clang-tidy doxygen)
 # The target, on a workstation: scripts/target-deps, the tests under emulation, the comparison of interfaces.
 packages_target=(g++-powerpc-linux-gnu qemu-user-static dpkg-dev debian-archive-keyring libzmq3-dev protobuf-compiler
-    libprotobuf-dev libboost-dev libgtest-dev)
+    libprotobuf-dev libboost-dev abigail-tools)
 
 # need_packages PACKAGE...: installs the missing ones as root, else prints the exact line that would and ends.
 need_packages() {

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <iterator>
 #include <string>
@@ -33,6 +34,8 @@ try {
     request.flash.mechanism = switchlab::FlashMechanism::preload;
     switchlab::prepare_flash(request.flash);
     switchlab::start_flash_device(request.flash);
+    // Each program's loader puts its own machine's library folder for $LIB; the workstation's programs see bare memory.
+    ::setenv("LD_PRELOAD", EMULATED_PRELOAD, 1);
     ::execv(separator[1], separator + 1);
     std::perror(separator[1]);
     return switchlab::exit_not_found;

@@ -153,6 +153,19 @@ Server look_at(pid_t pid)
     return server;
 }
 
+// When its links, the one to itself among them, have come or gone: the same for half a second.
+Server look_at_quiet(pid_t pid)
+{
+    Server seen = look_at(pid);
+    for (int same = 0; same < 50; ++same) {
+        ::usleep(10000);
+        const Server now = look_at(pid);
+        same = now.descriptors == seen.descriptors ? same : 0;
+        seen = now;
+    }
+    return seen;
+}
+
 std::unique_ptr<Daemon> start(const Plan &plan)
 {
     auto daemon = std::make_unique<Daemon>(plan.bcmd);
@@ -167,7 +180,7 @@ int run(const Plan &plan)
 {
     const Clock::time_point start_time = Clock::now();
     std::unique_ptr<Daemon> daemon = start(plan);
-    const Server idle = look_at(daemon->pid());
+    const Server idle = look_at_quiet(daemon->pid());
     int progress[2];
     if (::pipe2(progress, O_CLOEXEC) != 0) {
         return EXIT_FAILURE;
@@ -202,14 +215,8 @@ int run(const Plan &plan)
         ::waitpid(pid, &status, 0);
         good = good && status == 0;
     }
-    // It learns of each client's end by itself.
-    Server left = look_at(daemon->pid());
-    const long all_gone = idle.descriptors + plan.clients - 1; // its own come and go
-    for (int tries = 0; left.descriptors > all_gone && tries < 1000; ++tries) {
-        ::usleep(10000);
-        left = look_at(daemon->pid());
-    }
-    good = good && left.descriptors <= all_gone;
+    const Server left = look_at_quiet(daemon->pid()); // it learns of each client's end by itself
+    good = good && left.descriptors == idle.descriptors;
     std::printf("%d clients, %d calls each, up to %zu bytes, %d restarts: %.1f s; daemon %ld -> %ld KiB, "
                 "%ld -> %ld descriptors: %s\n",
         plan.clients, plan.calls, plan.largest, restarted,
