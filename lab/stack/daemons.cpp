@@ -13,25 +13,27 @@ namespace {
 // clang-format off
 struct Row {
     const char *name;
+    const char *state;     // as the process manager finds it when the unit starts
     const char *program;
-    const char *arguments; // {unit}, {model} and {station} are filled in
+    const char *arguments; // {unit}, {caption}, {units}, {model} and {station} are filled in
     int port;
 };
-// One line per daemon; one that is not built is left out.
+// One line per daemon; one that is not built is left out. sntpd is started when the configuration wants it.
 constexpr Row rows[] = {
-    {"stackd", "switchlab-stackd", "--unit {unit} --model {model}", 0},
-    {"loggerd", "switchlab-loggerd", "--echo", 63003},
-    {"agent", "switchlab-agent", "--host {station}", 0},
-    {"bcmd", "switchlab-bcmd", "", 62050},
-    {"routing", "switchlab-routing", "", 61037},
-    {"cpumon", "switchlab-cpumon", "", 61263},
-    {"sntpd", "switchlab-sntpd", "", 0},
+    {"stackd", "enabled", "switchlab-stackd", "--unit {unit} --model {model}", 0},
+    {"loggerd", "enabled", "switchlab-loggerd", "--echo", 63003},
+    {"agent", "enabled", "switchlab-agent", "--host {station}", 0},
+    {"bcmd", "enabled", "switchlab-bcmd", "--units {units}", 62050},
+    {"routing", "enabled", "switchlab-routing", "", 61037},
+    {"cpumon", "enabled", "switchlab-cpumon", "--unit {caption}", 61263},
+    {"sntpd", "disabled", "switchlab-sntpd", "", 0},
 };
 // clang-format on
 
-std::string filled_in(std::string text, const UnitPlan &unit)
+std::string filled_in(std::string text, const UnitPlan &unit, int units)
 {
     const std::pair<std::string_view, std::string> values[] = {{"{unit}", std::to_string(unit.number)},
+        {"{caption}", std::to_string(unit.number + 1)}, {"{units}", std::to_string(units)},
         {"{model}", std::to_string(unit.model)}, {"{station}", station_address}};
     for (const auto &[mark, value] : values) {
         if (const std::size_t at = text.find(mark); at != std::string::npos) {
@@ -43,14 +45,15 @@ std::string filled_in(std::string text, const UnitPlan &unit)
 
 } // namespace
 
-std::vector<Daemon> daemons_of(const UnitPlan &unit)
+std::vector<Daemon> daemons_of(const UnitPlan &unit, int units)
 {
     std::vector<Daemon> all;
     for (const Row &row : rows) {
         const std::string path = find_companion(row.program);
         if (!path.empty()) {
-            const std::string command = "'" + path + "' " + filled_in(row.arguments, unit); // the shell splits it
-            all.push_back({row.name, row.program, path, command, row.port});
+            const std::string command =
+                "'" + path + "' " + filled_in(row.arguments, unit, units); // the shell splits it
+            all.push_back({row.name, row.state, row.program, command, row.port});
         }
     }
     return all;
@@ -60,7 +63,7 @@ std::string process_list(const std::vector<Daemon> &daemons)
 {
     std::string text = "# name  state  command\n";
     for (const Daemon &daemon : daemons) {
-        text += daemon.name + " enabled " + daemon.command + "\n";
+        text += daemon.name + " " + daemon.state + " " + daemon.command + "\n";
     }
     return text;
 }

@@ -11,15 +11,15 @@
 namespace switchlab {
 
 struct Daemon {
-    std::string name; // the process manager's
+    std::string name;  // the process manager's
+    std::string state; // "enabled" or "disabled", in its list
     std::string program;
-    std::string path;
     std::string command;
     int port; // where it listens once it serves, on TCP; 0 for nowhere
 };
 
-// Those that are built and installed.
-std::vector<Daemon> daemons_of(const UnitPlan &unit);
+// Those that are built and installed; `units` is how many the stack has.
+std::vector<Daemon> daemons_of(const UnitPlan &unit, int units);
 
 // In the process manager's form.
 std::string process_list(const std::vector<Daemon> &daemons);

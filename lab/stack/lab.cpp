@@ -107,7 +107,8 @@ class Lab {
         }
         const Descriptor links_made{ends[0]};
         const Descriptor links_maker{ends[1]};
-        const UnitStart start{&unit, &inside_, expected_units, links_made.get()};
+        const auto units = static_cast<int>(plan_.units.size());
+        const UnitStart start{&unit, &inside_, units, expected_units, links_made.get()};
         pid_of(unit) = start_with_rights(lab_namespaces, [&] {
             // It must see the end of the pipe.
             ::close(links_maker.get());

@@ -16,9 +16,10 @@ namespace {
 
 using nlohmann::ordered_json;
 
-ordered_json daemon_entry(const std::string &name, const std::string &program, const ProcessInfo *process)
+ordered_json daemon_entry(
+    const std::string &name, const std::string &program, const std::string &state, const ProcessInfo *process)
 {
-    ordered_json entry{{"name", name}, {"program", program}, {"running", process != nullptr}};
+    ordered_json entry{{"name", name}, {"program", program}, {"state", state}, {"running", process != nullptr}};
     if (process != nullptr) {
         entry["pid"] = process->pid_inside;
         entry["host_pid"] = process->pid;
@@ -30,17 +31,17 @@ ordered_json daemon_entry(const std::string &name, const std::string &program, c
 ordered_json daemons_of(const LabPart &part, const std::vector<ProcessInfo> &processes)
 {
     ordered_json all = ordered_json::array();
-    const auto add = [&](const std::string &name, const std::string &program) {
+    const auto add = [&](const std::string &name, const std::string &program, const std::string &state) {
         const auto found = std::ranges::find(processes, program, &ProcessInfo::program);
-        all.push_back(daemon_entry(name, program, found != processes.end() ? &*found : nullptr));
+        all.push_back(daemon_entry(name, program, state, found != processes.end() ? &*found : nullptr));
     };
     if (part.number < 0) {
-        add("snmptrapd", "snmptrapd");
+        add("snmptrapd", "snmptrapd", "enabled");
         return all;
     }
-    add("process manager", "switchlab-pm");
+    add("process manager", "switchlab-pm", "enabled");
     for (const auto &daemon : part.about["daemons"]) {
-        add(daemon.value("name", ""), daemon.value("program", ""));
+        add(daemon.value("name", ""), daemon.value("program", ""), daemon.value("state", ""));
     }
     return all;
 }
@@ -89,13 +90,14 @@ void print_daemons(const ordered_json &part)
 {
     for (const auto &daemon : part["daemons"]) {
         const bool running = daemon["running"];
-        const bool red = !running && colour_wanted(STDOUT_FILENO);
+        const bool wanted = daemon["state"] == "enabled";
+        const bool red = !running && wanted && colour_wanted(STDOUT_FILENO);
         std::printf("%-9s %-17s %-20s ", part["name"].get<std::string>().c_str(),
             daemon["name"].get<std::string>().c_str(), daemon["program"].get<std::string>().c_str());
         if (running) {
             std::printf("%6d %9d\n", daemon["pid"].get<int>(), daemon["host_pid"].get<int>());
         } else {
-            std::printf("%s%6s %9s%s\n", red ? "\033[31m" : "", "-", "down", red ? "\033[0m" : "");
+            std::printf("%s%6s %9s%s\n", red ? "\033[31m" : "", "-", wanted ? "down" : "off", red ? "\033[0m" : "");
         }
     }
 }

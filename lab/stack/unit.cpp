@@ -159,7 +159,7 @@ class Unit {
         }
         nlohmann::json daemons = nlohmann::json::array();
         for (const Daemon &daemon : daemons_) {
-            daemons.push_back({{"name", daemon.name}, {"program", daemon.program}});
+            daemons.push_back({{"name", daemon.name}, {"program", daemon.program}, {"state", daemon.state}});
         }
         events_.entrance(plan_.number, environment, daemons);
     }
@@ -238,7 +238,7 @@ class Unit {
             missing = std::to_string(units) + " of " + std::to_string(start_.expected_units) + " units in the stack";
         }
         for (const Daemon &daemon : daemons_) {
-            if (daemon.port != 0 && !somebody_listens(daemon.port)) {
+            if (daemon.state == "enabled" && daemon.port != 0 && !somebody_listens(daemon.port)) {
                 missing += (missing.empty() ? "" : ", ") + daemon.name + " does not listen on port " +
                            std::to_string(daemon.port);
             }
@@ -270,7 +270,7 @@ class Unit {
     UnitStart start_;
     const UnitPlan &plan_;
     const Events &events_;
-    std::vector<Daemon> daemons_ = daemons_of(plan_);
+    std::vector<Daemon> daemons_ = daemons_of(plan_, start_.units);
     FlashRequest flash_;
     bool new_flash_ = false;
     bool ready_ = false;

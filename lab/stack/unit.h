@@ -19,6 +19,7 @@ inline constexpr int unit_halted = 21;
 struct UnitStart {
     const UnitPlan *plan;
     Inside *inside;
+    int units;          // of the stack
     int expected_units; // that the stack has once this one is in it
     int links_made;     // gives a byte when the links are there
 };

@@ -4,8 +4,8 @@
 //
 // Nobody says when he writes, so the pages that the file holds are compared with what they were. Only words that
 // differ travel, and only they are stored, so that two units may change different fields at the same time.
-#ifndef SWITCHCFG_LAB_STAND_INS_STACKD_REPLICA_H
-#define SWITCHCFG_LAB_STAND_INS_STACKD_REPLICA_H
+#ifndef SWITCHCFG_LAB_STACKD_REPLICA_H
+#define SWITCHCFG_LAB_STACKD_REPLICA_H
 
 #include "util/owned.h"
 

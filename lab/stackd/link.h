@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // A connection between two units that carries changes of the configuration. Never waits: what the other end does not
 // take at once is kept, up to a bound.
-#ifndef SWITCHCFG_LAB_STAND_INS_STACKD_LINK_H
-#define SWITCHCFG_LAB_STAND_INS_STACKD_LINK_H
+#ifndef SWITCHCFG_LAB_STACKD_LINK_H
+#define SWITCHCFG_LAB_STACKD_LINK_H
 
-#include "lab/stand-ins/stackd/replica.h"
+#include "lab/stackd/replica.h"
 
 #include "util/owned.h"
 

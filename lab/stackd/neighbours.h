@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Who else is on the stacking link. Each unit says a few times per second, to all, what it is; who falls silent is
 // gone.
-#ifndef SWITCHCFG_LAB_STAND_INS_STACKD_NEIGHBOURS_H
-#define SWITCHCFG_LAB_STAND_INS_STACKD_NEIGHBOURS_H
+#ifndef SWITCHCFG_LAB_STACKD_NEIGHBOURS_H
+#define SWITCHCFG_LAB_STACKD_NEIGHBOURS_H
 
 #include "util/owned.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "lab/stand-ins/stackd/configuration.h"
+#include "lab/stackd/configuration.h"
 
 #include <switchcfg/config_region.h>
 #include <switchcfg/locks.h>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "lab/stand-ins/stackd/replica.h"
+#include "lab/stackd/replica.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -3,8 +3,8 @@
 // announces all of them in the status region, and keeps the configuration of all units the same. It owns the status
 // region's unit records, so it alone among the lab's daemons knows their layout.
 #include "core/status_layout.h"
-#include "lab/stand-ins/stackd/configuration.h"
-#include "lab/stand-ins/stackd/neighbours.h"
+#include "lab/stackd/configuration.h"
+#include "lab/stackd/neighbours.h"
 #include "tools/stack_units.h"
 #include "util/byte_order.h"
 

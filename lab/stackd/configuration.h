@@ -3,11 +3,11 @@
 //
 // A unit that joins gets the master's whole content. From then on a change on any unit goes to the master, and from it
 // to all in one order, so that all end up with the same.
-#ifndef SWITCHCFG_LAB_STAND_INS_STACKD_CONFIGURATION_H
-#define SWITCHCFG_LAB_STAND_INS_STACKD_CONFIGURATION_H
+#ifndef SWITCHCFG_LAB_STACKD_CONFIGURATION_H
+#define SWITCHCFG_LAB_STACKD_CONFIGURATION_H
 
-#include "lab/stand-ins/stackd/link.h"
-#include "lab/stand-ins/stackd/replica.h"
+#include "lab/stackd/link.h"
+#include "lab/stackd/replica.h"
 
 #include <list>
 #include <netinet/in.h>

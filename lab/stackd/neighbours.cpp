@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "lab/stand-ins/stackd/neighbours.h"
+#include "lab/stackd/neighbours.h"
 
 #include "util/byte_order.h"
 
