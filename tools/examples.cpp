@@ -66,8 +66,8 @@ void add_examples(CLI::App &app)
         std::string text;
         for (const Example &example : examples) {
             if (example.command == command->get_name()) {
-                text += (text.empty() ? "Examples:\n" : "\n") + std::string{"  switchcfg "}.append(example.line) +
-                        "\n      " + std::string{example.what};
+                text += text.empty() ? "Examples:" : "";
+                text.append("\n  switchcfg ").append(example.line).append("\n      ").append(example.what);
             }
         }
         if (!text.empty()) {
