@@ -71,9 +71,10 @@ void add_examples(CLI::App &app)
             }
         }
         if (!text.empty()) {
-            const std::string before = command->get_footer();
             // The footer of the whole tool is inherited, and shown by it alone.
-            command->footer(before.empty() || before == app.get_footer() ? text : before + "\n\n" + text);
+            std::string footer = command->get_footer() == app.get_footer() ? "" : command->get_footer();
+            footer.append(footer.empty() ? "" : "\n\n").append(text);
+            command->footer(footer);
         }
     }
 }
