@@ -30,7 +30,8 @@ std::string usage_error(const CLI::App &app, std::span<const std::string> words,
             command = known.front();
             path += ' ' + word;
         } else if (command->get_require_subcommand_min() > 0 && !word.starts_with("-")) {
-            reason = "'" + word + "' is no sub-command of " + path;
+            reason = "'";
+            reason.append(word).append("' is no sub-command of ").append(path);
             break;
         }
     }

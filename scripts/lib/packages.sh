@@ -23,7 +23,7 @@ need_packages() {
         printf 'Packages are missing. Install them with:\n\n    sudo apt-get update && sudo apt-get install -y %s\n\n' "${missing[*]}" >&2
         exit 1
     fi
-    printf 'Installing %s\n' "${missing[*]}"
+    printf 'Installing %d Debian packages and what they need, which can take some minutes: %s\n' ${#missing[@]} "${missing[*]}"
     local log status=0 policy=/usr/sbin/policy-rc.d
     log=$(mktemp)
     # The programs are needed, not the services that some packages would start.
