@@ -5,7 +5,7 @@
 namespace switchcfg::tool {
 namespace {
 
-constexpr Example examples[] = {
+constexpr Example examples_of_switchcfg[] = {
     {"switchcfg init", "make the files that all processes share"},
     {"switchcfg config fields", "what there is to set"},
     {"switchcfg config list time", "what is set, of the fields whose name begins so"},
@@ -115,7 +115,7 @@ constexpr Example examples[] = {
 
 std::span<const Example> switchcfg_examples()
 {
-    return examples;
+    return examples_of_switchcfg;
 }
 
 } // namespace switchcfg::tool

@@ -96,11 +96,10 @@ for my $i (0 .. $#lines) {
         $from = $to;
     }
     $text .= "<g class=\"l\" style=\"animation-name:l$i\">$shown</g>\n" if $shown ne '';
-    $frames .= sprintf "\@keyframes l%d{0%%,%s%%{opacity:0}%.2f%%,100%%{opacity:1}}\n", $i, $at, $at + 0.01;
+    $frames .= sprintf "\@keyframes l%d{0%%{opacity:0}%s%%,100%%{opacity:1}}\n", $i, $at;
     if ($i >= $rows) {
-        $scroll .= sprintf '%.2f%%{transform:translateY(%dpx)}', $at, -$top * $row_height;
         $top = $i - $rows + 1;
-        $scroll .= sprintf '%.2f%%{transform:translateY(%dpx)}', $at + 0.01, -$top * $row_height;
+        $scroll .= sprintf '%s%%{transform:translateY(%dpx)}', $at, -$top * $row_height;
     }
 }
 $scroll .= sprintf '100%%{transform:translateY(%dpx)}', -$top * $row_height;
@@ -111,7 +110,7 @@ printf <<'END', $width, $height, $end, $end, $frames, $scroll, $width, $height, 
 <style>
 text{font:12.3px "DejaVu Sans Mono",Menlo,Consolas,monospace;white-space:pre}
 .l{animation:%.2fs step-end infinite}
-.s{animation:scroll %.2fs linear infinite}
+.s{animation:scroll %.2fs step-end infinite}
 %s@keyframes scroll{%s}
 @media (prefers-reduced-motion:reduce){.l,.s{animation:none}}
 </style>

@@ -4,7 +4,7 @@
 namespace switchcfg::tool {
 namespace {
 
-constexpr Example examples[] = {
+constexpr Example examples_of_call[] = {
     {"switchcfg call list unit-port", "the functions of a family"},
     {"switchcfg call general echo --input text:hello", "with bytes for it"},
     {"switchcfg call unit ports 0", "of unit 0"},
@@ -18,7 +18,7 @@ constexpr Example examples[] = {
 
 std::span<const Example> call_examples()
 {
-    return examples;
+    return examples_of_call;
 }
 
 } // namespace switchcfg::tool
