@@ -5,6 +5,7 @@
 start_bcmd() {
     rm -f /tmp/bcmd.ready
     mkfifo /tmp/bcmd.ready
+    exec 9<>/tmp/bcmd.ready # held open, so that a word said early waits
     switchlab-bcmd --stats-file /tmp/bcmd.stats --ready-fd 3 3<>/tmp/bcmd.ready 4>&- >>/tmp/bcmd.log &
     bcmd=$!
     head -c 1 /tmp/bcmd.ready >/dev/null

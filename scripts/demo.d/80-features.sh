@@ -5,6 +5,7 @@
 chapter 'SNTP: the daemon follows'
 echo 'sntpd disabled switchlab-sntpd >>/tmp/sntpd.log' >/tmp/processes
 mkfifo /tmp/pm.ready
+exec 9<>/tmp/pm.ready # held open, so that a word said early waits
 switchlab-pm /tmp/processes --ready-fd 3 3<>/tmp/pm.ready >/tmp/pm.log &
 manager=$!
 head -c 1 /tmp/pm.ready >/dev/null
@@ -64,6 +65,7 @@ for address in febf::1 febf::101 febf::102; do
     ip -6 addr add $address/64 dev eth0.3 nodad
 done
 mkfifo /tmp/cpumon.ready
+exec 9<>/tmp/cpumon.ready # held open, so that a word said early waits
 switchlab-cpumon --address febf::1%eth0.3 --ready-fd 3 3<>/tmp/cpumon.ready &
 first=$!
 switchlab-cpumon --address febf::102%eth0.3 --unit 2 --ready-fd 3 3<>/tmp/cpumon.ready &

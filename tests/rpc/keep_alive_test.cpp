@@ -2,8 +2,10 @@
 // Daemons that are gone, gone and back, frozen or merely slow.
 #include "rpc_fixture.h"
 
+#include <cerrno>
 #include <csignal>
 #include <ctime>
+#include <sys/wait.h>
 #include <thread>
 
 using namespace switchcfg::testing;
@@ -59,7 +61,7 @@ TEST(RpcKeepAlive, ADaemonRestartedDuringALongCallIsTold)
     EXPECT_EQ(client.echoed("again"), "again");
 }
 
-TEST(RpcKeepAlive, ARestartBetweenCallsGoesUnnoticed)
+TEST(RpcKeepAlive, ARestartBetweenCallsCostsAtMostOneOfThem)
 {
     auto daemon = start_daemon();
     KeptAlive client;
@@ -67,7 +69,11 @@ TEST(RpcKeepAlive, ARestartBetweenCallsGoesUnnoticed)
         EXPECT_EQ(client.echoed("x"), "x");
         daemon->kill9();
         daemon = start_daemon();
-        EXPECT_EQ(client.echoed("y"), "y");
+        // On a busy machine the old connection can take the request before it is known to be dead.
+        if (const std::string answer = client.echoed("y"); answer != "y") {
+            EXPECT_EQ(answer, "no echo: result -1000, errno " + std::to_string(EHOSTDOWN));
+            EXPECT_EQ(client.echoed("y"), "y");
+        }
     }
     EXPECT_EQ(client.echoed("z"), "z");
 }
@@ -88,6 +94,7 @@ TEST(RpcKeepAlive, ASlowFunctionIsWaitedForAndAFrozenDaemonIsNot)
     KeptAlive client;
     EXPECT_EQ(client.call(own, ""), 4);
     ::kill(slow.pid(), SIGSTOP);
+    ASSERT_EQ(::waitpid(slow.pid(), nullptr, WUNTRACED), slow.pid()); // all of its threads, that is
     expect_down(client, echo, 2000, 4500);
     ::kill(slow.pid(), SIGCONT);
     EXPECT_EQ(client.echoed("thawed"), "thawed");
