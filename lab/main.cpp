@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // switchlab: the switch on a workstation.
+#include "lab/demo/demo_command.h"
 #include "lab/flash_command.h"
 #include "lab/run_command.h"
 #include "lab/sandbox.h"
@@ -31,6 +32,7 @@ try {
     switchlab::add_logs_command(app);
     switchlab::add_power_command(app);
     switchlab::add_down_command(app);
+    switchlab::add_demo_command(app, status);
     switchlab::add_flash_command(app);
     try {
         app.parse(static_cast<int>(separator - argv), argv);

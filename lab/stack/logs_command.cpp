@@ -94,7 +94,7 @@ void add_logs_command(CLI::App &app)
     const auto unit = std::make_shared<std::string>();
     const auto follow = std::make_shared<bool>(false);
     command->add_option("UNIT", *unit, "Counted from 0, or station; all by default");
-    command->add_option("--name", *name, "Which lab, when there are several");
+    command->add_option("--name", *name, "Which lab, when there are several")->envname(lab_name_variable);
     command->add_flag("-f,--follow", *follow, "Go on until Ctrl-C or the end of the lab");
     command->callback([=] { show_logs(*name, *unit, *follow); });
 }

@@ -15,16 +15,41 @@
 #include <switchcfg/status.h>
 #include <switchcfg/trap.h>
 #include <switchcfg/uptime.h>
+#include <switchcfg/vxlog.h>
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <csignal>
+#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <stdexcept>
 #include <vector>
+
+// The library's log, crash reports among it, goes where the process manager's does.
+static void log_line(const char *format, va_list arguments)
+{
+    (void)std::vfprintf(stderr, format, arguments);
+    (void)std::fputc('\n', stderr);
+}
+
+extern "C" void vxlog(int /*level*/, const char *format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    log_line(format, arguments);
+    va_end(arguments);
+}
+
+extern "C" void vxlog_internal(int /*level*/, const char *format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    log_line(format, arguments);
+    va_end(arguments);
+}
 
 namespace {
 
