@@ -5,6 +5,7 @@
 #include "lab/sandbox.h"
 #include "lab/stack/progress.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -15,6 +16,7 @@
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 
 namespace switchlab::demo {
 namespace {
@@ -24,11 +26,13 @@ using Clock = std::chrono::steady_clock;
 constexpr auto command_limit = std::chrono::seconds{30};
 constexpr auto wait_limit = std::chrono::seconds{10};
 constexpr useconds_t pause_us = 50'000;
+constexpr std::size_t widest = 90;
 
 constexpr char bold[] = "\033[1m";
 constexpr char dim[] = "\033[2m";
 constexpr char green[] = "\033[32m";
 constexpr char red[] = "\033[31m";
+constexpr char yellow[] = "\033[33m";
 
 struct Child {
     pid_t pid;
@@ -101,7 +105,15 @@ Running::~Running()
     ::close(output_);
 }
 
-bool Running::read_until(const std::string &text, const std::function<void(const std::string &)> &line) const
+bool Expected::fits(const Said &said) const
+{
+    if (kind == Kind::all) {
+        return said.status == 0 && (said.text == text || said.text == text + "\n");
+    }
+    return said.status == 0 && said.text.find(text) != std::string::npos;
+}
+
+std::string Running::read_until(const std::string &text, const std::function<void(const std::string &)> &line) const
 {
     std::string now;
     char byte = 0;
@@ -112,11 +124,11 @@ bool Running::read_until(const std::string &text, const std::function<void(const
         }
         line(now);
         if (now.find(text) != std::string::npos) {
-            return true;
+            return now;
         }
         now.clear();
     }
-    return false;
+    return {};
 }
 
 int Running::wait()
@@ -131,14 +143,21 @@ std::string Stage::painted(const char *colour, const std::string &text) const
     return colours_ ? colour + text + "\033[0m" : text;
 }
 
-void Stage::chapter(const std::string &title)
+void Stage::chapter(const std::string &title) const
 {
     std::printf("\n%s\n", painted(bold, "== " + title + " ==").c_str());
 }
 
 void Stage::say(const std::string &text) const
 {
-    std::printf("%s\n", text.c_str());
+    std::istringstream words{text};
+    std::size_t column = 0;
+    for (std::string word; words >> word;) {
+        const bool fits = column + 1 + word.size() <= widest;
+        std::printf("%s%s", column == 0 ? "" : fits ? " " : "\n", word.c_str());
+        column = fits && column != 0 ? column + 1 + word.size() : word.size();
+    }
+    std::printf("\n");
     (void)std::fflush(stdout);
 }
 
@@ -183,47 +202,61 @@ Said Stage::run(const Words &arguments) const
     return said;
 }
 
-Said Stage::show(const Words &arguments, const std::string &only) const
+Said Stage::show(const Words &arguments, const Words &only) const
 {
     command(arguments);
     Said said = run(arguments);
     std::istringstream lines{said.text};
-    bool first = true;
     for (std::string line; std::getline(lines, line);) {
-        if (only.empty() || first || line.find(only) != std::string::npos) {
+        const auto is_in_line = [&](const std::string &text) { return line.find(text) != std::string::npos; };
+        if (only.empty() || std::ranges::any_of(only, is_in_line)) {
             print(line);
         }
-        first = false;
     }
     return said;
 }
 
-void Stage::check(const std::string &what, bool holds, const std::string &otherwise)
+void Stage::check(const std::string &what, bool holds, const std::string &expected, const std::string &came)
 {
     if (!holds) {
         std::printf("%s  %s\n", painted(red, " FAIL").c_str(), what.c_str());
-        throw Failed{what + (otherwise.empty() ? "" : "\n" + otherwise)};
+        for (const auto &[title, text] : {std::pair{"expected", &expected}, {"what came", &came}}) {
+            std::printf("       %s:\n", title);
+            std::istringstream lines{text->empty() ? "(nothing)" : *text};
+            for (std::string line; std::getline(lines, line);) {
+                std::printf("         %s\n", line.c_str());
+            }
+        }
+        (void)std::fflush(stdout);
+        throw Failed{what};
     }
     ++checks_;
     std::printf("%s  %s\n", painted(green, "   ok").c_str(), what.c_str());
     (void)std::fflush(stdout);
 }
 
-void Stage::check_says(const std::string &what, const Said &said, const std::string &text)
+void Stage::check_says(const std::string &what, const Said &said, const Expected &expected)
 {
-    check(what, said.status == 0 && said.text.find(text) != std::string::npos,
-        "'" + text + "' was not in (status " + std::to_string(said.status) + "):\n" + said.text);
+    const std::string wanted = (expected.kind == Expected::Kind::all ? "" : "a text with ") + ("'" + expected.text);
+    check(what, expected.fits(said), wanted + "', and exit status 0",
+        said.text + (said.status == 0 ? "" : "\n(exit status " + std::to_string(said.status) + ")"));
 }
 
-void Stage::check_comes(const std::string &what, const Words &arguments, const std::string &text)
+void Stage::check_comes(const std::string &what, const Words &arguments, const Expected &expected)
 {
     const auto end = Clock::now() + wait_limit;
     Said said = run(arguments);
-    while (said.text.find(text) == std::string::npos && Clock::now() < end) {
+    while (!expected.fits(said) && Clock::now() < end) {
         (void)::usleep(pause_us);
         said = run(arguments);
     }
-    check_says(what, said, text);
+    check_says(what, said, expected);
+}
+
+void Stage::leave_out(const std::string &why)
+{
+    std::printf("%s  %s\n", painted(yellow, " left out").c_str(), why.c_str());
+    left_out_.push_back(why);
 }
 
 void Stage::finish() const
@@ -233,6 +266,9 @@ void Stage::finish() const
     (void)std::snprintf(time, sizeof time, "%.1f s", took.count());
     std::printf("\n%s\n",
         painted(bold, "All " + std::to_string(checks_) + " checks passed, in " + std::string{time} + ".").c_str());
+    for (const std::string &why : left_out_) {
+        std::printf("Left out: %s\n", why.c_str());
+    }
 }
 
 } // namespace switchlab::demo
