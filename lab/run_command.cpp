@@ -40,6 +40,10 @@ CLI::App *add_run_command(CLI::App &app, RunRequest &request)
         ->allow_extra_args(false);
     add_flash_options(*run, request.flash);
     run->footer(
+        "Examples:\n"
+        "  switchlab run -- bash                           a shell on an empty switch\n"
+        "  switchlab run --flash -- switchcfg env list     with a flash partition at /dev/flash_env\n"
+        "  switchlab run --keep /tmp/work -- /tmp/work/test\n\n"
         "Exit status: the command's own, 128 + N when signal N ended it, 127 when it is not found, 126 when it cannot\n"
         "be executed, 125 when the lab cannot be made.\n");
     return run;
