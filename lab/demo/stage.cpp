@@ -24,7 +24,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr auto command_limit = std::chrono::seconds{30};
-constexpr auto wait_limit = std::chrono::seconds{10};
+constexpr auto wait_limit = std::chrono::seconds{20};
 constexpr useconds_t pause_us = 50'000;
 constexpr std::size_t widest = 90;
 

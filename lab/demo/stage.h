@@ -74,7 +74,7 @@ class Stage {
     // Throws Failed when it does not hold, after having said what was expected and what came.
     void check(const std::string &what, bool holds, const std::string &expected, const std::string &came);
     void check_says(const std::string &what, const Said &said, const Expected &expected);
-    // Asks again and again, for ten seconds.
+    // Asks again and again, for at least 20 s: a busy machine is slow.
     void check_comes(const std::string &what, const Words &arguments, const Expected &expected);
     // A part of the story that cannot be told here.
     void leave_out(const std::string &why);
