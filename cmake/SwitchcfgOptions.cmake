@@ -6,10 +6,11 @@ option(SWITCHCFG_BUILD_TOOLS "Build switchcfg, the inspection and control comman
 option(SWITCHCFG_BUILD_LAB "Build switchlab, the switch on a workstation" ON)
 option(SWITCHCFG_BUILD_TESTS "Build the tests (run through switchlab)" ${PROJECT_IS_TOP_LEVEL})
 option(SWITCHCFG_BUILD_BENCH "Build the benchmarks" ${PROJECT_IS_TOP_LEVEL})
-option(SWITCHCFG_BUILD_FUZZ "Build the fuzz programs (needs clang)" OFF)
+option(SWITCHCFG_BUILD_FUZZ "Build the fuzz programs: libFuzzer's with clang, else tests that replay their corpora" OFF)
 option(SWITCHCFG_UNITY "Compile the sources of each command together: the argument parser is all header" OFF)
 option(SWITCHCFG_DEBUG_INFO "Debug information in the libraries whatever the build type: the comparison of interfaces reads it" OFF)
 option(SWITCHCFG_WERROR "Treat warnings as errors" OFF)
+option(SWITCHCFG_COVERAGE "The libraries count which of their lines run" OFF)
 set(SWITCHCFG_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
 
 if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
