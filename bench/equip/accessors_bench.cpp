@@ -57,7 +57,7 @@ void equipment_accessor(benchmark::State &state)
 {
     base = stack();
     compare(state, {"equipment accessor", "a call of two dependent loads", 1.5}, over_units(through_pointer(two_loads)),
-        over_units(cfg_equip_get_user_ports));
+        over_units(through_pointer(cfg_equip_get_user_ports)));
 }
 SWITCHCFG_ROW(equipment_accessor);
 
@@ -66,7 +66,7 @@ void equipment_accessor_of_an_array(benchmark::State &state)
     base = stack();
     compare(state, {"equipment accessor of an array", "a call of two dependent loads", 1.5},
         over_units([get = through_pointer(two_loads_of_an_array)](std::uint32_t unit) { return get(unit, 1); }),
-        over_units([](std::uint32_t unit) { return cfg_equip_get_xfp_port(unit, 1); }));
+        over_units([get = through_pointer(cfg_equip_get_xfp_port)](std::uint32_t unit) { return get(unit, 1); }));
 }
 SWITCHCFG_ROW(equipment_accessor_of_an_array);
 
@@ -75,7 +75,8 @@ void status_word_lookup(benchmark::State &state)
     base = stack();
     compare(state, {"status look-up of a unit's model", "a call of two dependent loads", 1.5},
         over_units(through_pointer(two_loads)),
-        over_units([](std::uint32_t unit) { return status_get_hw_model_num(static_cast<int>(unit)); }));
+        over_units([get = through_pointer(status_get_hw_model_num)](
+                       std::uint32_t unit) { return get(static_cast<int>(unit)); }));
 }
 SWITCHCFG_ROW(status_word_lookup);
 
@@ -108,7 +109,7 @@ void status_lookup(benchmark::State &state)
 {
     base = stack();
     compare(state, {"status look-up of a module's unit", "the loads of each unit up to it", 1.5},
-        over_modids(through_pointer(owner_floor)), over_modids(status_modid_to_unit));
+        over_modids(through_pointer(owner_floor)), over_modids(through_pointer(status_modid_to_unit)));
 }
 SWITCHCFG_ROW(status_lookup);
 

@@ -83,9 +83,9 @@ struct MeasuredBatch final : Batch {
 // A function of this program as one of the library is called: through a pointer that is not known before the program
 // runs.
 template<typename Function>
-Function *through_pointer(Function *function)
+Function through_pointer(Function function)
 {
-    Function *volatile slot = function;
+    volatile Function slot = function;
     return slot;
 }
 

@@ -26,11 +26,16 @@ class Crowd {
                 ::prctl(PR_SET_NAME, i == size / 2 ? "the one" : "one of many");
                 ::_exit(::write(told[1], "", 1) == 1 ? ::pause() : 1);
             }
-            char byte = 0;
-            if (child < 0 || ::read(told[0], &byte, 1) != 1) {
+            if (child < 0) {
                 std::abort();
             }
             pids_.push_back(child);
+        }
+        char byte = 0;
+        for (int i = 0; i < size; ++i) {
+            if (::read(told[0], &byte, 1) != 1) {
+                std::abort();
+            }
         }
         ::close(told[0]);
         ::close(told[1]);
