@@ -48,8 +48,9 @@ template<typename Get>
 auto over_units(Get get)
 {
     return [get, unit = std::uint32_t{0}]() mutable {
-        unit = (unit + 1) % layout::max_units;
-        return get(unit);
+        const auto result = get(unit);
+        unit = (unit + 1 + zero_after(result)) % layout::max_units;
+        return result;
     };
 }
 
@@ -99,9 +100,10 @@ SWITCHCFG_ROW(status_word_lookup);
 template<typename Get>
 auto over_modids(Get get)
 {
-    return [get, modid = 0]() mutable {
-        modid = (modid + 1) % 16;
-        return get(modid);
+    return [get, modid = 0U]() mutable {
+        const auto result = get(static_cast<int>(modid));
+        modid = (modid + 1 + zero_after(result)) % 16;
+        return result;
     };
 }
 

@@ -83,13 +83,12 @@ std::array<std::array<std::uint8_t, 64>, 128> floor_table;
 template<typename Call>
 auto over_ports(Call call)
 {
-    return [call, step = 0]() mutable {
-        ++step;
+    return [call, step = 0U]() mutable {
         int first = 0;
         int second = 0;
-        const int result = call(step % units, 2 + step % 16, first, second);
-        benchmark::DoNotOptimize(first);
-        benchmark::DoNotOptimize(second);
+        const auto turn = static_cast<int>(step % 16);
+        const int result = call(turn % units, 2 + turn, first, second);
+        step += 1 + zero_after(result) + zero_after(first) + zero_after(second);
         return result;
     };
 }

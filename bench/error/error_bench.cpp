@@ -22,8 +22,9 @@ template<typename Call>
 auto over_numbers(unsigned count, Call call)
 {
     return [call, mask = count - 1, number = 0U]() mutable {
-        number = (number + 7) & mask;
-        return call(number);
+        const auto result = call(number);
+        number = (number + 7 + zero_after(result)) & mask;
+        return result;
     };
 }
 

@@ -10,7 +10,9 @@ packages_test=(libgtest-dev libgmock-dev libbenchmark-dev iproute2 libubootenv-t
 # scripts/bench; the peers are measured where they are installed.
 packages_bench=(libbenchmark-dev python3)
 packages_bench_peers=(redis-server libhiredis-dev libsqlite3-dev liblmdb-dev procps)
-packages_lint=(clang-format clang-tidy doxygen)
+packages_lint=(clang-format clang-tidy cppcheck doxygen)
+packages_fuzz=(clang)
+packages_analysis=(gcovr valgrind)
 # The target, on a workstation: scripts/target-deps, the tests under emulation, the comparison of interfaces.
 packages_target=(g++-powerpc-linux-gnu qemu-user-static dpkg-dev debian-archive-keyring libzmq3-dev protobuf-compiler
     libprotobuf-dev libboost-dev abigail-tools)

@@ -17,8 +17,9 @@ cannot do without. `scripts/bench` builds the release preset, measures in a lab 
 
 A row lets short batches of the floor and of the call take turns for {seconds} s, in one process; its ratio is the median
 over neighbouring batches, so whatever else the machine does meets both. The quartiles of the ratio say how much it moved.
-What runs on one thread alone is measured in processor time, what waits for another process in time on the wall. Times are
-medians too, and belong to this machine; ratios travel.
+What runs on one thread alone is measured in processor time, what waits for another process in time on the wall. Calls of a
+few loads, and their floors, are chained: each waits for the answer of the one before. Times are medians too, and belong to
+this machine; ratios travel.
 """
 
 SCALING = """\
