@@ -7,6 +7,9 @@ packages_build=(build-essential cmake ninja-build pkg-config zlib1g-dev libcli11
 packages_demo=(procps snmptrapd busybox-static tftpd-hpa iproute2 chrony tidy)
 packages_test=(libgtest-dev libgmock-dev libbenchmark-dev iproute2 libubootenv-tool mtd-utils smitools snmp chrony
     tidy)
+# scripts/bench; the peers are measured where they are installed.
+packages_bench=(libbenchmark-dev python3)
+packages_bench_peers=(redis-server libhiredis-dev libsqlite3-dev liblmdb-dev procps)
 packages_lint=(clang-format clang-tidy cppcheck doxygen)
 packages_fuzz=(clang)
 packages_analysis=(gcovr valgrind)
