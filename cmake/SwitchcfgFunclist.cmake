@@ -6,7 +6,9 @@ set_target_properties(switchcfg-funclist PROPERTIES
     SOVERSION ${PROJECT_VERSION_MAJOR}
     EXPORT_NAME funclist
     LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/libswitchcfg-funclist.map)
-target_link_libraries(switchcfg-funclist PRIVATE $<BUILD_INTERFACE:switchcfg-settings> PUBLIC switchcfg)
+target_link_libraries(switchcfg-funclist
+    PRIVATE $<BUILD_INTERFACE:switchcfg-settings> $<BUILD_INTERFACE:switchcfg-zeromq> Threads::Threads
+    PUBLIC switchcfg protobuf::libprotobuf)
 target_compile_options(switchcfg-funclist PRIVATE -fno-semantic-interposition -ffunction-sections -fdata-sections
     $<$<BOOL:${SWITCHCFG_DEBUG_INFO}>:-g>)
 target_link_options(switchcfg-funclist PRIVATE

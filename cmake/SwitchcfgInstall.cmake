@@ -30,6 +30,7 @@ if(SWITCHCFG_BUILD_FUNCLIST)
     install(TARGETS switchcfg-funclist EXPORT switchcfg-funclist-targets)
     install(DIRECTORY include/switchcfg DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
         FILES_MATCHING ${funclist_headers})
+    install(FILES ${SWITCHCFG_FUNCLIST_GENERATED_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/switchcfg)
     install(EXPORT switchcfg-funclist-targets NAMESPACE switchcfg:: DESTINATION ${package_dir})
     configure_file(cmake/switchcfg-funclist.pc.in ${PROJECT_BINARY_DIR}/switchcfg-funclist.pc @ONLY)
     install(FILES ${PROJECT_BINARY_DIR}/switchcfg-funclist.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

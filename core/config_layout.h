@@ -24,7 +24,7 @@ inline constexpr Field<std::uint8_t>  trap_enable{"trap.enable", 14281, "notific
 inline constexpr Field<Bytes<41>>     trap_port_enable{"trap.port_enable", 14417, "notifications that also need the port's leave, by unit and port", per_unit_of_ports, per_port_record};
 
 inline constexpr Field<std::uint8_t>  sntp_enable{"sntp.enable", 41788, "SNTP client runs"};
-inline constexpr Field<std::uint32_t> sntp_interval{"sntp.interval", 41789, "polling interval"};
+inline constexpr Field<std::uint32_t> sntp_interval{"sntp.interval", 41789, "polling interval, seconds"};
 inline constexpr Field<Text<17>>      sntp_server_text{"sntp.server_text", 41793, "server as text, for old files", per_address};
 inline constexpr Field<Bytes<17>>     sntp_server{"sntp.server", 41844, "server: 16 address bytes and their length", per_address};
 inline constexpr Field<std::uint8_t>  sntp_auth_enable{"sntp.auth_enable", 41895, "answers must be authenticated"};
@@ -34,6 +34,9 @@ inline constexpr Field<Text<9>>       sntp_key_value{"sntp.key.value", 41909, "t
 inline constexpr Field<Text<17>>      sntp_key_server_text{"sntp.key.server_text", 41918, "bound server as text, for old files", per_sntp_key};
 inline constexpr Field<Bytes<17>>     sntp_key_server{"sntp.key.server", 41935, "bound server: 16 address bytes and their length", per_sntp_key};
 inline constexpr Field<std::uint32_t> sntp_server_state{"sntp.server_state", 42064, "two words per server, cleared and moved with it", {3, 8}, {2, 4}};
+
+// A whole key, for what clears it: no field of the list, where its parts are.
+inline constexpr Field<Bytes<56>>     sntp_key{"sntp.key", 41896, "a key with its binding", per_sntp_key};
 
 // Ports of the two services whose illegal accesses are told apart; the words are unaligned on purpose.
 inline constexpr Field<std::uint32_t> service_port{"service.port", 57829, "port number of a web service", {2, 5}};

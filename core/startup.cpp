@@ -10,6 +10,7 @@
 #include <switchcfg/locks.h>
 #include <switchcfg/pm_client.h>
 #include <switchcfg/print_ext.h>
+#include <switchcfg/routing.h>
 #include <switchcfg/signals.h>
 #include <switchcfg/startup.h>
 #include <switchcfg/status.h>
@@ -106,6 +107,7 @@ int cfg_exit() noexcept
     initialised = 0;
     cfg_data_cfg_unmap();
     cfg_data_defcfg_unmap();
+    cfg_dc_finish_connection();
     destroy_locks();
     status_finish();
     pm_client_finish();

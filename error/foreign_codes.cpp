@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The error numberings of the switch chip's driver, the spanning-tree engine and the power-supply manager, translated.
+// The error numberings of the switch chip's driver, the spanning-tree engine, the power-supply manager and the process
+// manager, translated.
 #include <switchcfg/error.h>
 
 #include <array>
@@ -35,6 +36,15 @@ constexpr Row psm_rows[] = {
     {-1005,  -7},
     {-1006, -10},
 };
+constexpr Row pm_rows[] = {
+    {-1, -37}, // no answer
+    {-2,  -8}, // no such process
+    {-3, -43}, // disabled
+    {-4, -43}, // no such command
+    {-5,  -2}, // cannot be started, or listed
+    {-6,  -8}, // no process of that name
+    {-7,  -7}, // the caller itself
+};
 // clang-format on
 
 // A translation indexed directly with (first - code); the foreign codes go down from `first`.
@@ -61,6 +71,7 @@ struct Translation {
 
 constexpr Translation<0, 19> from_sdk{sdk_rows, -10};
 constexpr Translation<-1001, 6> from_psm{psm_rows, -1};
+constexpr Translation<-1, 7> from_pm{pm_rows, -1};
 
 } // namespace
 
@@ -81,4 +92,9 @@ int cfg_error_from_stp(int stp_code) noexcept
 int cfg_error_from_psm(int psm_code) noexcept
 {
     return from_psm(psm_code);
+}
+
+int cfg_pmg_err_code_translate(int pm_code) noexcept
+{
+    return pm_code >= 0 ? 0 : from_pm(pm_code);
 }

@@ -7,6 +7,8 @@ namespace switchlab {
 
 // Each call of one is a line in this file: its name and its arguments.
 inline constexpr char power_log[] = "/tmp/power.log";
+// What stands in their place, under all their names.
+inline constexpr char power_program_path[] = "/var/lib/power-program";
 
 // After the private folders are in place.
 void replace_power_programs();

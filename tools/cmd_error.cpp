@@ -25,9 +25,10 @@ constexpr Numbering foreign[] = {
     {"--bcm", "Codes of the switch chip's driver", cfg_error_from_bcm, 0, -18},
     {"--stp", "Codes of the spanning-tree engine", cfg_error_from_stp, 0, 32},
     {"--psm", "Codes of the power-supply manager", cfg_error_from_psm, -1001, -1006},
+    {"--pm", "Results of the process manager", cfg_pmg_err_code_translate, 0, -7},
 };
 
-struct Request {
+struct ErrorQuestion {
     const Numbering *numbering = &own;
     std::vector<int> codes;
     bool list = false;
@@ -52,7 +53,7 @@ std::string on_one_line(const char *message)
     return line;
 }
 
-void show(const Request &request)
+void show(const ErrorQuestion &request)
 {
     const bool translated = request.numbering != &own;
     Json json = Json::array();
@@ -103,7 +104,7 @@ void show(const Request &request)
 void add_error_command(CLI::App &app)
 {
     auto *command = app.add_subcommand("error", "What error codes mean");
-    auto request = std::make_shared<Request>();
+    auto request = std::make_shared<ErrorQuestion>();
     auto *codes = command->add_option("codes", request->codes, "Codes as functions return them, such as -17");
     auto *list = command->add_flag("--list", request->list, "Every code of the numbering");
     codes->excludes(list);

@@ -2,10 +2,10 @@
 // switchcfg request: one exchange with a daemon's port, byte by byte. For those who write a daemon.
 #include "tools/commands.h"
 #include "tools/failure.h"
+#include "tools/hex_text.h"
 #include "tools/output.h"
 
 #include <arpa/inet.h>
-#include <cctype>
 #include <cstdint>
 #include <cstdio>
 #include <fstream>
@@ -16,16 +16,13 @@
 #include <string>
 #include <switchcfg/request_channel.h>
 #include <unistd.h>
-#include <vector>
 
 namespace switchcfg::tool {
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
 constexpr std::size_t largest_record = std::size_t{64} << 20;
 
-struct Request {
+struct DaemonRequest {
     std::uint32_t port = 0;
     std::string hex;
     std::string file;
@@ -34,28 +31,6 @@ struct Request {
     std::string ipv6;
     bool raw = false;
 };
-
-// Digits in pairs; blanks, colons and dashes between pairs are for the reader.
-Bytes bytes_of_hex(const std::string &text)
-{
-    Bytes bytes;
-    std::string digits;
-    for (const char character : text) {
-        if (std::isxdigit(static_cast<unsigned char>(character)) != 0) {
-            digits += character;
-            if (digits.size() == 2) {
-                bytes.push_back(static_cast<std::uint8_t>(std::stoul(digits, nullptr, 16)));
-                digits.clear();
-            }
-        } else if (!digits.empty() || std::string{" \t\n:-"}.find(character) == std::string::npos) {
-            throw Failure{"'" + text + "' is not hexadecimal: unexpected '" + character + "'"};
-        }
-    }
-    if (!digits.empty()) {
-        throw Failure{"'" + text + "' is not hexadecimal: the last byte lacks a digit"};
-    }
-    return bytes;
-}
 
 Bytes bytes_of_file(const std::string &path)
 {
@@ -73,7 +48,7 @@ Bytes bytes_of_file(const std::string &path)
     return bytes;
 }
 
-Bytes record_of(const Request &request)
+Bytes record_of(const DaemonRequest &request)
 {
     Bytes record = request.file.empty() ? bytes_of_hex(request.hex) : bytes_of_file(request.file);
     if (request.length != 0) {
@@ -110,35 +85,7 @@ int connect_ipv6(const std::string &text, std::uint32_t port)
     return daemon_client_req_connect_ipv6(port, address.s6_addr, scope_id);
 }
 
-void print_dump(const Bytes &bytes)
-{
-    for (std::size_t line = 0; line < bytes.size(); line += 16) {
-        std::string hex;
-        std::string text;
-        for (std::size_t i = line; i < std::min(line + 16, bytes.size()); ++i) {
-            char pair[4];
-            (void)std::snprintf(pair, sizeof pair, "%02x ", bytes[i]);
-            hex += pair;
-            text += std::isprint(bytes[i]) != 0 ? static_cast<char>(bytes[i]) : '.';
-        }
-        hex.resize(48, ' ');
-        char place[17];
-        (void)std::snprintf(place, sizeof place, "%08zx", line);
-        std::cout << place << "  " << hex << ' ' << text << '\n';
-    }
-}
-
-std::string hex_of(const Bytes &bytes)
-{
-    constexpr char digits[] = "0123456789abcdef";
-    std::string hex;
-    for (const std::uint8_t byte : bytes) {
-        hex += {digits[byte >> 4], digits[byte & 15]};
-    }
-    return hex;
-}
-
-void exchange(const Request &request)
+void exchange(const DaemonRequest &request)
 {
     Bytes record = record_of(request);
     const std::string where =
@@ -167,7 +114,7 @@ void exchange(const Request &request)
 void add_request_command(CLI::App &app)
 {
     auto *command = app.add_subcommand("request", "Send a record to a daemon's port and print the reply");
-    auto request = std::make_shared<Request>();
+    auto request = std::make_shared<DaemonRequest>();
     command->add_option("port", request->port, "TCP port of the daemon")->required()->check(CLI::Range(1, 65535));
     auto *hex = command->add_option("--hex", request->hex, "The record in hexadecimal digits");
     command->add_option("--file", request->file, "The record from a file, - for standard input")->excludes(hex);
@@ -178,7 +125,7 @@ void add_request_command(CLI::App &app)
         "Connect to this address, such as ::1 or fe80::1%eth0, instead of "
         "127.0.0.1");
     command->add_flag("--raw", request->raw, "Print the reply's bytes as they are");
-    command->footer("Request and reply have the same length; words are in the byte order of this machine.");
+    command->footer("DaemonRequest and reply have the same length; words are in the byte order of this machine.");
     command->callback([=] { exchange(*request); });
 }
 

@@ -7,6 +7,7 @@
 #include "tools/lock_hold.h"
 #include "tools/models.h"
 #include "tools/stack.h"
+#include "tools/stack_units.h"
 
 #include <charconv>
 #include <cstring>
@@ -31,73 +32,6 @@ struct Populate {
     bool plugged = false;
 };
 
-void set_bit(std::span<std::uint8_t, 32> bitmap, int bit)
-{
-    std::uint32_t word;
-    std::uint8_t *const place = &bitmap[static_cast<std::size_t>(bit / 32) * sizeof word];
-    std::memcpy(&word, place, sizeof word);
-    word |= 1U << (bit % 32);
-    std::memcpy(place, &word, sizeof word);
-}
-
-// Field by field: unit 0's record also holds the feature bitmap, which is no business of ours.
-void clear_unit(std::uint8_t *region, int unit)
-{
-    store(region, layout::unit_present, 0, unit);
-    store(region, layout::unit_subunits, 0, unit);
-    store(region, layout::unit_logically_removed, 0, unit);
-    store(region, layout::subunit_mark, 0, unit, 0);
-    store(region, layout::module_id, 0, unit, 0);
-    store(region, layout::subunit_first_modid, 0, unit, 0);
-    store(region, layout::subunit_modids, 0, unit, 0);
-    store(region, layout::hardware_model, 0, unit);
-    store(region, layout::hardware_version, 0, unit);
-    for (const auto &bitmap : {layout::module_ports, layout::module_more_ports, layout::module_cpu_ports}) {
-        std::ranges::fill(bytes(region, bitmap, unit, 0), std::uint8_t{0});
-    }
-    std::ranges::fill(bytes(region, layout::unit_mac, unit), std::uint8_t{0});
-    std::memset(text(region, layout::hardware_model_name, unit), 0, layout::hardware_model_name.size);
-    for (int port = 0; port < static_cast<int>(layout::max_ports); ++port) {
-        store(region, layout::transceiver_present, 0, unit, port);
-    }
-}
-
-// The unit as its daemons would announce it: the chip has port 0 to the processor, modids in pairs from 2 x unit on,
-// and the unit's number as its physical unit and module identifier. It becomes present last.
-void add_unit(std::uint8_t *region, int unit, int model, const Populate &how)
-{
-    store(region, layout::hardware_model, model, unit);
-    store(region, layout::hardware_version, how.version, unit);
-    std::memcpy(text(region, layout::hardware_model_name, unit), Equip_tq5200[model].name,
-        std::strlen(Equip_tq5200[model].name));
-    const std::uint8_t mac[] = {0x02, 0x00, 0x54, 0x51, 0x52, static_cast<std::uint8_t>(unit)};
-    std::ranges::copy(mac, bytes(region, layout::unit_mac, unit).begin());
-
-    const cfg_equip_record &record = Equip_tq5200[model];
-    store(region, layout::module_id, unit, unit, 0);
-    store(region, layout::subunit_first_modid, 2 * unit, unit, 0);
-    store(region, layout::subunit_modids, record.user_ports + record.stack_ports > 30 ? 2 : 1, unit, 0);
-    store(region, layout::subunit_mark, 1, unit, 0);
-    store(region, layout::unit_subunits, record.local_units, unit);
-    set_bit(bytes(region, layout::module_cpu_ports, unit, 0), 0);
-    for (int port = 0; port < record.user_eth_ports + record.stack_ports; ++port) {
-        int module = 0;
-        int chip_port = 0;
-        const auto bitmap = port < record.user_eth_ports ? layout::module_ports : layout::module_more_ports;
-        if (cfg_equip_user_to_phys_port_tq5200(unit, port, &module, &chip_port) == 0) {
-            set_bit(bytes(region, bitmap, unit, 0), chip_port);
-        }
-    }
-    std::uint32_t cages[CFG_PBMP_WORDS] = {};
-    if (how.plugged && cfg_equip_get_slot_pbmp_tcv_tq5200(unit, cages) == 0) {
-        for (int port = 0; port < static_cast<int>(layout::max_ports); ++port) {
-            const std::uint32_t cage = (cages[port / 32] >> (port % 32)) & 1U;
-            store(region, layout::transceiver_present, static_cast<std::uint8_t>(cage), unit, port);
-        }
-    }
-    store(region, layout::unit_present, 1, unit);
-}
-
 void flush()
 {
     if (status_sync() != 0) {
@@ -113,10 +47,15 @@ void populate(const Populate &how)
     }
     std::uint8_t *const region = status_of_switch();
     for (int unit = 0; unit < unit_count; ++unit) {
-        clear_unit(region, unit);
+        withdraw_unit(region, unit);
     }
     for (std::size_t unit = 0; unit < models.size(); ++unit) {
-        add_unit(region, static_cast<int>(unit), models[unit], how);
+        const std::uint8_t number = static_cast<std::uint8_t>(unit);
+        announce_unit(region, number,
+            {.model = models[unit],
+                .version = how.version,
+                .mac = {0x02, 0x00, 0x54, 0x51, 0x52, number},
+                .plugged = how.plugged});
     }
     store(region, layout::stack_formed, models.size() > 1 ? 1 : 0);
     store(region, layout::vendor_code, how.vendor);
@@ -128,7 +67,7 @@ void clear()
 {
     std::uint8_t *const region = status_of_switch();
     for (int unit = 0; unit < unit_count; ++unit) {
-        clear_unit(region, unit);
+        withdraw_unit(region, unit);
     }
     store(region, layout::stack_formed, 0);
     flush();

@@ -5,7 +5,7 @@
  *
  * Every function of the library and of the switch's daemons reports failure as a small negative integer of one shared
  * numbering, -1 to -486; 0 is success. Codes are returned, never kept anywhere. cfg_strerror() has their English texts,
- * and three foreign numberings (switch chip, spanning tree, power supplies) translate into ours.
+ * and four foreign numberings (switch chip, spanning tree, power supplies, process manager) translate into ours.
  *
  * Where a code alone does not explain enough, a function leaves text in one of two channels of its process, both off
  * until enabled: the error message (one line, each new one overwrites it) and the warnings (they accumulate, repeats
@@ -61,6 +61,15 @@ SWITCHCFG_API int cfg_error_from_stp(int stp_code) SWITCHCFG_NOEXCEPT;
  * @return an error code; -1 for what is unknown
  */
 SWITCHCFG_API int cfg_error_from_psm(int psm_code) SWITCHCFG_NOEXCEPT;
+
+/**
+ * Translate a result of the process manager (-1 to -7, the results of pm_client.h): -1 no answer to -37 "Internal
+ * communication error", -2 no such process to -8 "Not found", -3 refused for the state of the process and -4 unknown
+ * command to -43 "Feature unavailable", -5 cannot be started or listed to -2 "Insufficient resources", -6 no process of
+ * that name to -8, -7 the caller itself to -7 "Invalid parameter".
+ * @return 0 for 0 and every positive result; else an error code, -1 for what is unknown: never 0 for a failure
+ */
+SWITCHCFG_API int cfg_pmg_err_code_translate(int pm_code) SWITCHCFG_NOEXCEPT;
 
 /**
  * Replace the error message, cut to CFG_ERROR_MSG_SIZE - 1 bytes, when the channel is enabled; do nothing when it is

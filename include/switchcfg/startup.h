@@ -55,8 +55,8 @@ SWITCHCFG_API int cfg_init(void) SWITCHCFG_NOEXCEPT;
 SWITCHCFG_API int cfg_init_generic(struct cfg_crash_hook *crash_hook) SWITCHCFG_NOEXCEPT;
 
 /**
- * Detach the process: unmap the configuration, close the locks, release the status region and the process-manager
- * client. Does nothing when not attached. The signal handlers stay.
+ * Detach the process: unmap the configuration, close the connection to the routing stack, close the locks, release the
+ * status region and the process-manager client. Does nothing when not attached. The signal handlers stay.
  * @return 0
  */
 SWITCHCFG_API int cfg_exit(void) SWITCHCFG_NOEXCEPT;
@@ -82,6 +82,14 @@ SWITCHCFG_API void updateTZ(void) SWITCHCFG_NOEXCEPT;
  * the caller frees; null only when memory is out
  */
 SWITCHCFG_API char *cfg_get_pid_name(int pid) SWITCHCFG_NOEXCEPT;
+
+/**
+ * The name that log lines give a process.
+ * @param pid process, or a thread's kernel thread ID
+ * @return its name as the kernel keeps it (15 characters at most), heap text that the caller frees; null when it cannot
+ *         be read or memory is out
+ */
+SWITCHCFG_API char *cfg_get_translated_pid_name(int pid) SWITCHCFG_NOEXCEPT;
 
 SWITCHCFG_END_DECLS
 

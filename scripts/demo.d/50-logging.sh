@@ -6,6 +6,7 @@ senders=()
 start_loggerd() {
     rm -f /tmp/loggerd.ready
     mkfifo /tmp/loggerd.ready
+    exec 9<>/tmp/loggerd.ready # held open, so that a word said early waits
     switchlab-loggerd --ready-fd 3 3<>/tmp/loggerd.ready &
     loggerd=$!
     head -c 1 /tmp/loggerd.ready >/dev/null

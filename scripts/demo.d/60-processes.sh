@@ -14,6 +14,7 @@ router   enabled  sleep 1002
 END
 cat /tmp/processes
 mkfifo /tmp/pm.ready
+exec 9<>/tmp/pm.ready # held open, so that a word said early waits
 switchlab-pm /tmp/processes --ready-fd 3 3<>/tmp/pm.ready >/tmp/pm.log &
 manager=$!
 head -c 1 /tmp/pm.ready >/dev/null

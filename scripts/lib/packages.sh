@@ -2,9 +2,11 @@
 # SPDX-License-Identifier: Apache-2.0
 # What the project needs of Debian 12, and installing what is missing of it.
 
-packages_build=(build-essential cmake ninja-build pkg-config zlib1g-dev libcli11-dev nlohmann-json3-dev libfuse3-dev libsnmp-dev)
-packages_demo=(procps snmptrapd busybox-static tftpd-hpa)
-packages_test=(libgtest-dev libgmock-dev libbenchmark-dev iproute2 libubootenv-tool mtd-utils smitools snmp)
+packages_build=(build-essential cmake ninja-build pkg-config zlib1g-dev libcli11-dev nlohmann-json3-dev libfuse3-dev
+    libsnmp-dev libncurses-dev libssl-dev libzmq3-dev libprotobuf-dev protobuf-compiler libboost-dev)
+packages_demo=(procps snmptrapd busybox-static tftpd-hpa iproute2 chrony tidy)
+packages_test=(libgtest-dev libgmock-dev libbenchmark-dev iproute2 libubootenv-tool mtd-utils smitools snmp chrony
+    tidy)
 packages_lint=(clang-format clang-tidy doxygen)
 # The target, on a workstation: scripts/target-deps, the tests under emulation, the comparison of interfaces.
 packages_target=(g++-powerpc-linux-gnu qemu-user-static dpkg-dev debian-archive-keyring libzmq3-dev protobuf-compiler

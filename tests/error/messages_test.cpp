@@ -61,12 +61,16 @@ TEST(ForeignCodes, TranslateAtAndAroundTheirRanges)
     } chip[] = {{0, 0}, {-1, -10}, {-2, -2}, {-3, -3}, {-4, -7}, {-5, -10}, {-6, -9}, {-7, -8}, {-8, -5}, {-9, -10},
         {-14, -2}, {-15, -42}, {-16, -43}, {-17, -10}, {-18, -3}, {-19, -10}, {1, -10}, {INT_MIN, -10}, {INT_MAX, -10}},
       supplies[] = {{-1000, -1}, {-1001, -1}, {-1002, -7}, {-1003, -1}, {-1004, -8}, {-1005, -7}, {-1006, -10},
-          {-1007, -1}, {0, -1}, {1004, -1}, {INT_MIN, -1}, {INT_MAX, -1}};
+          {-1007, -1}, {0, -1}, {1004, -1}, {INT_MIN, -1}, {INT_MAX, -1}},
+      manager[] = {{0, 0}, {1, 0}, {INT_MAX, 0}, {-1, -37}, {-4, -43}, {-7, -7}, {-8, -1}, {INT_MIN, -1}};
     for (const auto &row : chip) {
         EXPECT_EQ(cfg_error_from_bcm(row.foreign), row.ours) << row.foreign;
     }
     for (const auto &row : supplies) {
         EXPECT_EQ(cfg_error_from_psm(row.foreign), row.ours) << row.foreign;
+    }
+    for (const auto &row : manager) {
+        EXPECT_EQ(cfg_pmg_err_code_translate(row.foreign), row.ours) << row.foreign;
     }
     EXPECT_EQ(cfg_error_from_stp(0), 0);
     for (int code = 1; code <= 32; ++code) {

@@ -5,6 +5,8 @@
 #include <climits>
 #include <cstdarg>
 #include <cstdio>
+#include <switchcfg/equip.h>
+#include <switchcfg/ports.h>
 #include <switchcfg/vxlog.h>
 
 namespace {
@@ -158,6 +160,12 @@ TEST_F(TrapSenders, LogLinesComeBeforeTheFlags)
     set_word(11268096 + 2 * 4, 1);
     send_trap_stack_detach(2, 0, 1, 5, "M");
     EXPECT_EQ(last_log, "3 Unit 3: Logically Removed (model M, ID 4294967301)");
+    for (int model = 0; cfg_equip_get_stacking_support_tq5200() != 2; ++model) {
+        ASSERT_LT(model, CFG_EQUIP_RECORDS);
+        join_unit(0, model);
+    }
+    send_trap_stack_detach(2, 0, 1, 5, "M");
+    EXPECT_EQ(last_log, "3 Unit 3: Removed (model M, ID 4294967301)") << "stacks that cannot tell";
     last_log.clear();
     send_trap_new_bootloader_version(3, "2.1");
     EXPECT_EQ(last_log, "") << "the one that logs only when it is enabled";

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdio>
 #include <ctime>
 #include <filesystem>
 #include <system_error>
@@ -60,7 +61,7 @@ std::string printable(std::string_view text)
 
 } // namespace
 
-Journal::Journal(const Limits &limits)
+Journal::Journal(const Limits &limits) : echo_(limits.echo)
 {
     std::error_code ignored; // without the folder the flash stores stay empty
     std::filesystem::create_directories(limits.flash_folder, ignored);
@@ -77,6 +78,10 @@ void Journal::add(const log_message_header &header, std::string_view text)
     const std::string line =
         now() + " " + printable(source) + "." + name_of(level_names, header.level) + ": " + printable(text);
     const std::lock_guard lock{mutex_};
+    if (echo_) {
+        (void)std::printf("%s\n", line.c_str());
+        (void)std::fflush(stdout);
+    }
     if (header.level >= debug_level) {
         stores_[internal_ram].add(line);
         return;

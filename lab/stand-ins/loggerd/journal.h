@@ -20,6 +20,7 @@ struct Limits {
     std::size_t ram = 512 * 1024;
     std::size_t flash = 1024 * 1024;
     std::string flash_folder = "/mnt/flash/log";
+    bool echo = false; // each line on standard output, too
 };
 
 class Journal {
@@ -35,6 +36,7 @@ class Journal {
     bool clear(std::string_view name);
 
   private:
+    bool echo_;
     mutable std::mutex mutex_;
     std::vector<Store> stores_;
 };

@@ -41,6 +41,7 @@ try {
     app.add_option("--ram-limit", limits.ram, "Most bytes of each store in memory")->capture_default_str();
     app.add_option("--flash-limit", limits.flash, "Most bytes of each store in flash")->capture_default_str();
     app.add_option("--flash-folder", limits.flash_folder, "Where the stores in flash are kept")->capture_default_str();
+    app.add_flag("--echo", limits.echo, "Print each message, too");
     app.add_option("--ready-fd", ready_fd, "Descriptor that gets a byte once the daemon serves");
     CLI11_PARSE(app, argc, argv);
 
