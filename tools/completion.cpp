@@ -123,8 +123,7 @@ std::vector<std::string> completions(const CLI::App &app, std::span<const std::s
     }
     std::erase_if(offered, [&](const std::string &word) { return !word.starts_with(partial); });
     std::ranges::sort(offered);
-    const auto repeated = std::ranges::unique(offered);
-    offered.erase(repeated.begin(), repeated.end());
+    offered.erase(std::unique(offered.begin(), offered.end()), offered.end());
     return offered;
 }
 

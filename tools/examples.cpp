@@ -66,14 +66,15 @@ void add_examples(CLI::App &app)
         std::string text;
         for (const Example &example : examples) {
             if (example.command == command->get_name()) {
-                text += (text.empty() ? "Examples:\n" : "\n") + std::string{"  switchcfg "}.append(example.line) +
-                        "\n      " + std::string{example.what};
+                text += text.empty() ? "Examples:" : "";
+                text.append("\n  switchcfg ").append(example.line).append("\n      ").append(example.what);
             }
         }
         if (!text.empty()) {
-            const std::string before = command->get_footer();
             // The footer of the whole tool is inherited, and shown by it alone.
-            command->footer(before.empty() || before == app.get_footer() ? text : before + "\n\n" + text);
+            std::string footer = command->get_footer() == app.get_footer() ? "" : command->get_footer();
+            footer.append(footer.empty() ? "" : "\n\n").append(text);
+            command->footer(footer);
         }
     }
 }

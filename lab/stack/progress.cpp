@@ -23,7 +23,7 @@ std::string Progress::name_of(int part) const
     return "unit " + std::to_string(part) + "  " + plan_.units[static_cast<std::size_t>(part)].model_name;
 }
 
-void Progress::line(const std::string &text)
+void Progress::line(const std::string &text) const
 {
     if (quiet_) {
         return;

@@ -24,7 +24,7 @@ class Progress : public Watcher {
 
   private:
     std::string name_of(int part) const;
-    void line(const std::string &text);
+    void line(const std::string &text) const;
     void draw();
 
     const LabPlan &plan_;

@@ -114,7 +114,10 @@ try {
         throw Refusal(part.name + " is " + part.stage);
     }
     std::error_code why;
-    return run_inside(part, request, std::filesystem::current_path(why).string());
+    const int status = run_inside(part, request, std::filesystem::current_path(why).string());
+    // Straight out: a thread started from here on would belong to the unit, and a leak checker that starts one waits
+    // for it.
+    ::_exit(status);
 } catch (const std::exception &why) {
     return complain(why.what(), exit_lab_failed);
 }

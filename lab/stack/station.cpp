@@ -71,6 +71,7 @@ bool receives()
     }
     words.emplace_back("udp:162");
     std::vector<char *> command;
+    command.reserve(words.size() + 1);
     for (std::string &word : words) {
         command.push_back(word.data());
     }

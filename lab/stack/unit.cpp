@@ -188,6 +188,7 @@ class Unit {
             ::dup2(log.get(), STDOUT_FILENO);
             ::dup2(log.get(), STDERR_FILENO);
             std::vector<char *> words;
+            words.reserve(command.size() + 1);
             for (std::string &word : command) {
                 words.push_back(word.data());
             }

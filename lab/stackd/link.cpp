@@ -16,7 +16,7 @@ using switchcfg::store_ordered;
 constexpr std::uint32_t frame_magic = 0x53574346;
 constexpr std::size_t head_size = 28;
 constexpr std::uint32_t longest = 64 * 1024;
-constexpr std::size_t most_waiting = 64 * 1024 * 1024; // more than both regions
+constexpr std::size_t most_waiting = std::size_t{64} * 1024 * 1024; // more than both regions
 
 } // namespace
 
@@ -82,7 +82,7 @@ bool Link::take_frames(const std::function<bool(const Frame &)> &take)
 
 void Link::receive(const std::function<bool(const Frame &)> &take)
 {
-    std::array<std::uint8_t, 32 * 1024> block{};
+    std::array<std::uint8_t, std::size_t{32} * 1024> block{};
     while (alive()) {
         const ssize_t got = ::recv(socket_.get(), block.data(), block.size(), 0);
         if (got > 0) {

@@ -20,7 +20,6 @@
 namespace switchlab::stackd {
 namespace {
 
-using switchcfg::Descriptor;
 using switchcfg::load_ordered;
 using switchcfg::store_ordered;
 

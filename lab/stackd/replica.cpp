@@ -78,7 +78,7 @@ bool Replica::visit_pages(Visitor visitor) const
 bool Replica::changed() const
 {
     return !visit_pages([this](std::uint32_t page) {
-        return std::memcmp(region_ + page * page_size, known(page).data(), size_of(page)) == 0;
+        return std::memcmp(region_ + std::size_t{page} * page_size, known(page).data(), size_of(page)) == 0;
     });
 }
 

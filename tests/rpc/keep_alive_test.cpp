@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <csignal>
 #include <ctime>
+#include <sys/wait.h>
 #include <thread>
 
 using namespace switchcfg::testing;
@@ -93,6 +94,7 @@ TEST(RpcKeepAlive, ASlowFunctionIsWaitedForAndAFrozenDaemonIsNot)
     KeptAlive client;
     EXPECT_EQ(client.call(own, ""), 4);
     ::kill(slow.pid(), SIGSTOP);
+    ASSERT_EQ(::waitpid(slow.pid(), nullptr, WUNTRACED), slow.pid()); // all of its threads, that is
     expect_down(client, echo, 2000, 4500);
     ::kill(slow.pid(), SIGCONT);
     EXPECT_EQ(client.echoed("thawed"), "thawed");
