@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Calls from another process into the stand-in daemon, and into one made here where that one is too well-behaved.
+#include <array>
 #include <switchcfg/funclist.h>
 #include <switchcfg/vxlog.h>
 
@@ -131,10 +132,12 @@ TEST(FunclistClient, CallsArriveAndOutputsComeBack)
 
 const Link *to_parent = nullptr;
 
-// A daemon whose shell says that it was called, and never returns; its version takes arg1 milliseconds.
-std::unique_ptr<Peer> start_daemon()
+// A daemon whose shell says that it was called, and never returns; its version takes arg1 milliseconds. It is forked
+// before the client's threads exist, and serves from go() on.
+std::unique_ptr<Peer> understudy()
 {
-    auto daemon = std::make_unique<Peer>([](Link &link) {
+    return std::make_unique<Peer>([](Link &link) {
+        link.wait();
         to_parent = &link;
         BcmdFunclistServer &server = BcmdFunclistServer::getInstance();
         server.registerLegacyCallback(BCMD_GENERAL_VERSION, [](std::uint32_t arg1, auto...) -> std::int32_t {
@@ -149,8 +152,12 @@ std::unique_ptr<Peer> start_daemon()
         link.tell();
         server.wait();
     });
-    EXPECT_TRUE(daemon->await());
-    return daemon;
+}
+
+void enter(const Peer &daemon)
+{
+    daemon.go();
+    EXPECT_TRUE(daemon.await());
 }
 
 int version(std::uint32_t takes_ms)
@@ -161,10 +168,11 @@ int version(std::uint32_t takes_ms)
 TEST(FunclistClient, ADaemonThatDiesIsNoticedAndOneThatReturnsIsUsed)
 {
     EXPECT_EQ(BcmdFunclistClient::instance, nullptr);
+    const std::array daemons{understudy(), understudy()};
     EXPECT_LT(elapsed_ms([] { EXPECT_EQ(version(0), -37); }), 5000);
     BcmdFunclistClient *const client = BcmdFunclistClient::instance;
-    for (int round = 0; round < 2; ++round) {
-        const std::unique_ptr<Peer> daemon = start_daemon();
+    for (const auto &daemon : daemons) {
+        enter(*daemon);
         EXPECT_EQ(version(0), 5);
         std::chrono::steady_clock::time_point killed;
         std::thread killer{[&] {
@@ -183,7 +191,8 @@ TEST(FunclistClient, ADaemonThatDiesIsNoticedAndOneThatReturnsIsUsed)
 
 TEST(FunclistClient, ABusyDaemonIsWaitedForAndSilenceIsLogged)
 {
-    const std::unique_ptr<Peer> daemon = start_daemon();
+    const std::unique_ptr<Peer> daemon = understudy();
+    enter(*daemon);
     EXPECT_EQ(version(6000), 5) << "busy is not dead";
     EXPECT_EQ(logged, "");
     EXPECT_EQ(version(600000), -37);

@@ -2,6 +2,8 @@
 // Daemons that are gone, gone and back, frozen or merely slow.
 #include "rpc_fixture.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <ctime>
@@ -28,15 +30,17 @@ void expect_down(KeptAlive &client, Id id, long long least_ms, long long most_ms
 
 TEST(RpcKeepAlive, AnAbsentDaemonIsToldAndFoundWhenItComes)
 {
+    const auto daemon = understudy();
     KeptAlive client;
     expect_down(client, echo, 2900, 4500);
-    const auto daemon = start_daemon();
+    enter(*daemon);
     EXPECT_EQ(client.echoed("back"), "back");
 }
 
 TEST(RpcKeepAlive, ADaemonKilledDuringALongCallIsTold)
 {
-    auto daemon = start_daemon();
+    const auto daemon = start_daemon();
+    const auto successor = understudy();
     KeptAlive client;
     EXPECT_EQ(client.echoed("first"), "first");
     std::thread killer{[&] {
@@ -45,18 +49,19 @@ TEST(RpcKeepAlive, ADaemonKilledDuringALongCallIsTold)
     }};
     expect_down(client, own, 1000, 4500);
     killer.join();
-    daemon = start_daemon();
+    enter(*successor);
     EXPECT_EQ(client.echoed("again"), "again");
 }
 
 TEST(RpcKeepAlive, ADaemonRestartedDuringALongCallIsTold)
 {
-    auto daemon = start_daemon();
+    const auto daemon = start_daemon();
+    const auto successor = understudy();
     KeptAlive client; // the call is the first word between them
     std::thread caller{[&] { expect_down(client, own, 900, 2800); }};
     EXPECT_TRUE(daemon->await());
     daemon->kill9();
-    daemon = start_daemon();
+    enter(*successor);
     caller.join();
     EXPECT_EQ(client.echoed("again"), "again");
 }
@@ -64,11 +69,13 @@ TEST(RpcKeepAlive, ADaemonRestartedDuringALongCallIsTold)
 TEST(RpcKeepAlive, ARestartBetweenCallsCostsAtMostOneOfThem)
 {
     auto daemon = start_daemon();
+    std::array<std::unique_ptr<Peer>, 5> successors;
+    std::generate(successors.begin(), successors.end(), understudy);
     KeptAlive client;
-    for (int restarts = 0; restarts < 5; ++restarts) {
+    for (auto &successor : successors) {
         EXPECT_EQ(client.echoed("x"), "x");
-        daemon->kill9();
-        daemon = start_daemon();
+        daemon = std::move(successor); // which kills the one before
+        enter(*daemon);
         // On a busy machine the old connection can take the request before it is known to be dead.
         if (const std::string answer = client.echoed("y"); answer != "y") {
             EXPECT_EQ(answer, "no echo: result -1000, errno " + std::to_string(EHOSTDOWN));

@@ -79,10 +79,12 @@ struct Service {
     RepKeepAliveDispatcher dispatcher{keep_alive_endpoint, "test-alive"};
 };
 
-// Serves in a process of its own until it is killed. `own` tells the parent and then waits for ever.
-inline std::unique_ptr<Peer> start_daemon()
+// A process that serves from enter() until it is killed. `own` tells the parent and then waits for ever. It is forked
+// before a client's threads exist: a sanitizer's allocator that one of them holds would stay locked in it for ever.
+inline std::unique_ptr<Peer> understudy()
 {
-    auto daemon = std::make_unique<Peer>([](Link &link) {
+    return std::make_unique<Peer>([](Link &link) {
+        link.wait();
         Service service{[&](const std::string &, Slot *) {
             link.tell();
             return ::pause();
@@ -92,7 +94,18 @@ inline std::unique_ptr<Peer> start_daemon()
             service.server.wait();
         }
     });
-    EXPECT_TRUE(daemon->await());
+}
+
+inline void enter(const Peer &daemon)
+{
+    daemon.go();
+    EXPECT_TRUE(daemon.await());
+}
+
+inline std::unique_ptr<Peer> start_daemon()
+{
+    auto daemon = understudy();
+    enter(*daemon);
     return daemon;
 }
 
