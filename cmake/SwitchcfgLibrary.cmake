@@ -13,12 +13,16 @@ target_compile_options(switchcfg PRIVATE
     -fno-semantic-interposition
     -fasynchronous-unwind-tables -ffunction-sections -fdata-sections
     $<$<BOOL:${SWITCHCFG_DEBUG_INFO}>:-g>)
-# Half of the library builds texts, asks daemons and reads files: there size counts. What answers from memory (equip, core,
-# error) is built for speed, but not with gcc's -O3, which makes it half as large again and no faster.
-target_compile_options(switchcfg PRIVATE $<$<CONFIG:Release>:-O2>)
-get_target_property(sources switchcfg SOURCES)
-list(FILTER sources INCLUDE REGEX "/(bootenv|features|log|util)/[^/]*$")
-set_source_files_properties(${sources} PROPERTIES COMPILE_OPTIONS $<$<NOT:$<CONFIG:Debug>>:-Os>)
+# A release is built for size, as one program: what answers from memory folds to a load or two all the same, because all of
+# core/field.h is inlined. -fpic: the target has a short way to a table of addresses below 64 KiB. docs/footprint.md has
+# the figures.
+target_compile_options(switchcfg PRIVATE "$<$<CONFIG:Release>:-Os;-fpic>")
+if(SWITCHCFG_LTO)
+    set_target_properties(switchcfg PROPERTIES INTERPROCEDURAL_OPTIMIZATION_RELEASE ON)
+    target_link_options(switchcfg PRIVATE "$<$<CONFIG:Release>:-Os;-fpic>")
+    # Else the compiler would take the library's own definition of what a program may define itself.
+    set_source_files_properties(log/default_vxlog.cpp equip/chassis_constants.cpp PROPERTIES COMPILE_OPTIONS -fno-lto)
+endif()
 # Calls inside the library stay inside, except for what a program may define itself (host-provided.list). Exported data
 # is reached through the GOT all the same, since a program that is not position independent has its own copy.
 target_link_options(switchcfg PRIVATE

@@ -9,6 +9,7 @@ option(SWITCHCFG_BUILD_BENCH "Build the benchmarks" ${PROJECT_IS_TOP_LEVEL})
 option(SWITCHCFG_BUILD_FUZZ "Build the fuzz programs (needs clang)" OFF)
 option(SWITCHCFG_UNITY "Compile the sources of switchcfg together: the argument parser is all header" OFF)
 option(SWITCHCFG_DEBUG_INFO "Debug information in the libraries whatever the build type: the comparison of interfaces reads it" OFF)
+option(SWITCHCFG_LTO "Compile libswitchcfg as one program in a release: the smallest; debug information gets vague" OFF)
 option(SWITCHCFG_WERROR "Treat warnings as errors" OFF)
 set(SWITCHCFG_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
 
