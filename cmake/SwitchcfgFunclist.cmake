@@ -14,3 +14,7 @@ target_compile_options(switchcfg-funclist PRIVATE -fno-semantic-interposition -f
 target_link_options(switchcfg-funclist PRIVATE
     -Wl,--no-undefined -Wl,--gc-sections -Wl,--as-needed
     -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/libswitchcfg-funclist.map)
+if(SWITCHCFG_COVERAGE)
+    target_compile_options(switchcfg-funclist PRIVATE --coverage -fprofile-update=atomic -O1)
+    target_link_options(switchcfg-funclist PRIVATE --coverage)
+endif()

@@ -29,7 +29,11 @@ target_link_options(switchcfg PRIVATE
     -Wl,--no-undefined -Wl,--gc-sections -Wl,--as-needed
     -Wl,--dynamic-list=${PROJECT_SOURCE_DIR}/cmake/host-provided.list -Wl,--dynamic-list-data
     -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/libswitchcfg.map)
-if(NOT SWITCHCFG_SANITIZE)
+if(SWITCHCFG_COVERAGE)
+    target_compile_options(switchcfg PRIVATE --coverage -fprofile-update=atomic -O1)
+    target_link_options(switchcfg PRIVATE --coverage)
+endif()
+if(NOT SWITCHCFG_SANITIZE AND NOT SWITCHCFG_COVERAGE)
     # Keeps libstdc++ out even by accident: a reference to it fails the link.
     target_link_options(switchcfg PRIVATE -nodefaultlibs)
     target_link_libraries(switchcfg PRIVATE ZLIB::ZLIB c gcc)

@@ -8,6 +8,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdarg>
+#include <cstdio>
 #include <cstring>
 #include <memory>
 #include <string_view>

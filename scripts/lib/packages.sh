@@ -7,7 +7,9 @@ packages_build=(build-essential cmake ninja-build pkg-config zlib1g-dev libcli11
 packages_demo=(procps snmptrapd busybox-static tftpd-hpa iproute2 chrony tidy)
 packages_test=(libgtest-dev libgmock-dev libbenchmark-dev iproute2 libubootenv-tool mtd-utils smitools snmp chrony
     tidy)
-packages_lint=(clang-format clang-tidy doxygen)
+packages_lint=(clang-format clang-tidy cppcheck doxygen)
+packages_fuzz=(clang)
+packages_analysis=(gcovr valgrind)
 # The target, on a workstation: scripts/target-deps, the tests under emulation, the comparison of interfaces.
 packages_target=(g++-powerpc-linux-gnu qemu-user-static dpkg-dev debian-archive-keyring libzmq3-dev protobuf-compiler
     libprotobuf-dev libboost-dev abigail-tools)

@@ -140,11 +140,13 @@ void take_messages(int listener, Journal &journal)
         }
         const auto now = Clock::now();
         for (std::size_t i = senders.size(); i-- > 0;) { // backwards: those done are taken out
-            const bool late = senders[i].deadline() <= now;
+            // What has arrived is taken before its sender is given up: it may be the daemon that was late.
+            const bool finished = wait[i + 1].revents != 0 && senders[i].advance(journal);
+            const bool late = !finished && senders[i].deadline() <= now;
             if (late) {
                 journal.note("a sender took too long");
             }
-            if (late || (wait[i + 1].revents != 0 && senders[i].advance(journal))) {
+            if (finished || late) {
                 senders.erase(senders.begin() + static_cast<std::ptrdiff_t>(i));
             }
         }
