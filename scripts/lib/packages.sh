@@ -17,6 +17,9 @@ packages_analysis=(gcovr valgrind)
 packages_target=(g++-powerpc-linux-gnu qemu-user-static dpkg-dev debian-archive-keyring libzmq3-dev protobuf-compiler
     libprotobuf-dev libboost-dev abigail-tools)
 
+# What proves the Debian packages (scripts/packages --check).
+packages_package_check=(lintian debootstrap)
+
 # need_packages PACKAGE...: installs the missing ones as root, else prints the exact line that would and ends.
 need_packages() {
     local missing=() package
