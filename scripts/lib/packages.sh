@@ -11,6 +11,8 @@ packages_lint=(clang-format clang-tidy doxygen)
 # The target, on a workstation: scripts/target-deps, the tests under emulation, the comparison of interfaces.
 packages_target=(g++-powerpc-linux-gnu qemu-user-static dpkg-dev debian-archive-keyring libzmq3-dev protobuf-compiler
     libprotobuf-dev libboost-dev abigail-tools)
+# A whole system of the target: scripts/target-system.
+packages_target_system=(linux-source-6.1 qemu-system-ppc bison flex bc cpio xz-utils)
 
 # need_packages PACKAGE...: installs the missing ones as root, else prints the exact line that would and ends.
 need_packages() {
