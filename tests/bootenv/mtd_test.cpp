@@ -5,9 +5,11 @@
 #include "bootenv/operations.h"
 #include "bootenv/restart.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -127,8 +129,8 @@ TEST_F(Mtd, LostEnvironmentComesBackFromItsBackup)
     program({});
     start_switch();
     EXPECT_EQ(bootenv_backup(), -1);
-    EXPECT_THAT(take_commands(),
-        ElementsAre("umount /mnt/flash > /dev/null 2> /dev/null", "sleep 2", "/sbin/shutdown -r now"));
+    EXPECT_THAT(
+        take_commands(), ElementsAre("umount /mnt/flash > /dev/null 2> /dev/null", "sleep 2", "/sbin/shutdown -r now"));
     EXPECT_EQ(content(), kept);
     start_switch();
     EXPECT_EQ(bootenv_backup(), 0);
