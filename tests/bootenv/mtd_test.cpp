@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The boot environment on a flash partition of the kernel's own, which has to be named in SWITCHCFG_TEST_MTD because it
-// is erased: scripts/target-system has one.
+// The boot environment on a flash partition of the kernel's own, whose device numbers SWITCHCFG_TEST_MTD gives
+// (MAJOR:MINOR) because it is erased: scripts/target-system has one.
 #include "bootenv/boot.h"
 #include "bootenv/operations.h"
 #include "bootenv/restart.h"
@@ -16,6 +16,7 @@
 #include <switchcfg/bootenv.h>
 #include <switchcfg/flash.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 namespace switchcfg::testing {
@@ -31,11 +32,12 @@ class Mtd : public ::testing::Test {
     void SetUp() override
     {
         const char *const device = std::getenv("SWITCHCFG_TEST_MTD");
-        struct stat about {};
-        if (device == nullptr || ::stat(device, &about) != 0) {
+        unsigned major = 0;
+        unsigned minor = 0;
+        if (device == nullptr || std::sscanf(device, "%u:%u", &major, &minor) != 2) {
             GTEST_SKIP() << "no flash partition of the kernel's is given in SWITCHCFG_TEST_MTD";
         }
-        ASSERT_EQ(::mknod("/dev/flash_env", S_IFCHR | 0600, about.st_rdev), 0) << std::strerror(errno);
+        ASSERT_EQ(::mknod("/dev/flash_env", S_IFCHR | 0600, ::makedev(major, minor)), 0) << std::strerror(errno);
         fd_ = ::open("/dev/flash_env", O_RDWR | O_CLOEXEC);
         ASSERT_GE(fd_, 0) << std::strerror(errno);
         program({});
