@@ -111,7 +111,11 @@ TEST_F(Mtd, SaveIsThereAfterARestart)
     ASSERT_EQ(start_switch(), 0);
     EXPECT_EQ(environment(), expected);
 
-    const std::string fill(BOOTENV_VARIABLES_SIZE - 60 - 3, 'f'); // to the last byte
+    std::size_t room = BOOTENV_VARIABLES_SIZE; // to the last byte
+    for (const std::string &text : expected) {
+        room -= text.size() + 1;
+    }
+    const std::string fill(room - std::string{"x= "}.size(), 'f');
     ASSERT_EQ(bootenv_set("x", fill.c_str()), 0);
     ASSERT_EQ(bootenv_grava(), 0);
     ASSERT_EQ(start_switch(), 0);
