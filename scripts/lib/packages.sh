@@ -16,6 +16,8 @@ packages_analysis=(gcovr valgrind)
 # The target, on a workstation: scripts/target-deps, the tests under emulation, the comparison of interfaces.
 packages_target=(g++-powerpc-linux-gnu qemu-user-static dpkg-dev debian-archive-keyring libzmq3-dev protobuf-compiler
     libprotobuf-dev libboost-dev abigail-tools)
+# A whole system of the target: scripts/target-system.
+packages_target_system=(linux-source-6.1 qemu-system-ppc bison flex bc cpio xz-utils)
 
 # What proves the Debian packages (scripts/packages --check).
 packages_package_check=(lintian debootstrap)
