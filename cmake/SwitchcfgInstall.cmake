@@ -1,9 +1,13 @@
 # SPDX-License-Identifier: Apache-2.0
-# What `cmake --install` lays down: objects, headers, the CMake package and the pkg-config files.
+# What `cmake --install` lays down: objects, headers, the CMake package and the pkg-config files. By component, so that
+# packages (cmake/SwitchcfgPackages.cmake) and parts of a firmware can be made of it: library, funclist, dev, tools, lab.
+
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME dev)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/switchcfg)
 
-install(TARGETS switchcfg switchcfg-headers EXPORT switchcfg-targets)
+install(TARGETS switchcfg switchcfg-headers EXPORT switchcfg-targets
+    LIBRARY COMPONENT library NAMELINK_COMPONENT dev)
 set(funclist_headers ${SWITCHCFG_FUNCLIST_HEADERS})
 list(TRANSFORM funclist_headers PREPEND "PATTERN;")
 set(no_funclist_headers ${SWITCHCFG_FUNCLIST_HEADERS})
@@ -27,7 +31,8 @@ configure_file(cmake/switchcfg.pc.in ${PROJECT_BINARY_DIR}/switchcfg.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/switchcfg.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
 if(SWITCHCFG_BUILD_FUNCLIST)
-    install(TARGETS switchcfg-funclist EXPORT switchcfg-funclist-targets)
+    install(TARGETS switchcfg-funclist EXPORT switchcfg-funclist-targets
+        LIBRARY COMPONENT funclist NAMELINK_COMPONENT dev)
     install(DIRECTORY include/switchcfg DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
         FILES_MATCHING ${funclist_headers})
     install(FILES ${SWITCHCFG_FUNCLIST_GENERATED_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/switchcfg)
@@ -35,3 +40,7 @@ if(SWITCHCFG_BUILD_FUNCLIST)
     configure_file(cmake/switchcfg-funclist.pc.in ${PROJECT_BINARY_DIR}/switchcfg-funclist.pc @ONLY)
     install(FILES ${PROJECT_BINARY_DIR}/switchcfg-funclist.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endif()
+
+install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libswitchcfg-dev
+    FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.png")
+install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libswitchcfg-dev)

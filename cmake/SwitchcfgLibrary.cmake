@@ -6,15 +6,28 @@ find_package(ZLIB REQUIRED)
 set_target_properties(switchcfg PROPERTIES
     VERSION ${PROJECT_VERSION}
     SOVERSION ${PROJECT_VERSION_MAJOR}
-    LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/libswitchcfg.map)
+    LINK_DEPENDS "${PROJECT_SOURCE_DIR}/cmake/libswitchcfg.map;${PROJECT_SOURCE_DIR}/cmake/host-provided.list")
 target_link_libraries(switchcfg PRIVATE $<BUILD_INTERFACE:switchcfg-settings> PUBLIC switchcfg-headers)
 target_compile_options(switchcfg PRIVATE
     $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-threadsafe-statics>
     -fno-semantic-interposition
     -fasynchronous-unwind-tables -ffunction-sections -fdata-sections
     $<$<BOOL:${SWITCHCFG_DEBUG_INFO}>:-g>)
+# A release is built for size, as one program: what answers from memory folds to a load or two all the same, because all of
+# core/field.h is inlined. -fpic: the target has a short way to a table of addresses below 64 KiB. docs/footprint.md has
+# the figures.
+target_compile_options(switchcfg PRIVATE "$<$<CONFIG:Release>:-Os;-fpic>")
+if(SWITCHCFG_LTO)
+    set_target_properties(switchcfg PROPERTIES INTERPROCEDURAL_OPTIMIZATION_RELEASE ON)
+    target_link_options(switchcfg PRIVATE "$<$<CONFIG:Release>:-Os;-fpic>")
+    # Else the compiler would take the library's own definition of what a program may define itself.
+    set_source_files_properties(log/default_vxlog.cpp equip/chassis_constants.cpp PROPERTIES COMPILE_OPTIONS -fno-lto)
+endif()
+# Calls inside the library stay inside, except for what a program may define itself (host-provided.list). Exported data
+# is reached through the GOT all the same, since a program that is not position independent has its own copy.
 target_link_options(switchcfg PRIVATE
     -Wl,--no-undefined -Wl,--gc-sections -Wl,--as-needed
+    -Wl,--dynamic-list=${PROJECT_SOURCE_DIR}/cmake/host-provided.list -Wl,--dynamic-list-data
     -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/libswitchcfg.map)
 if(SWITCHCFG_COVERAGE)
     target_compile_options(switchcfg PRIVATE --coverage -fprofile-update=atomic -O1)

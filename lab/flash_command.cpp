@@ -73,6 +73,14 @@ void add_flash_command(CLI::App &app)
 {
     CLI::App *const command = app.add_subcommand("flash", "Test bench of the flash device of this lab");
     command->require_subcommand(1);
+    command->footer(
+        "For use on the switch: in a shell of switchlab run --flash, or of a unit. Examples:\n" // of each
+        "  switchlab shell 1 -- switchlab flash status\n"
+        "  switchlab shell 1 -- switchlab flash fail-erase 1         the next erase fails\n"
+        "  switchlab shell 1 -- switchlab flash fail-program 3 --half\n"
+        "  switchlab shell 1 -- switchlab flash cut-after 5          the power goes in the middle of a save\n"
+        "  switchlab shell 1 -- switchlab flash power-on             and is back\n"
+        "  switchlab shell 1 -- switchlab flash rot 100 3            bit 3 of byte 100 flips\n");
     const auto arguments = std::make_shared<Arguments>();
     const auto add = [&](const char *name, const char *help, std::function<void(NorFlash &)> act) {
         CLI::App *const sub = command->add_subcommand(name, help);
@@ -85,7 +93,7 @@ void add_flash_command(CLI::App &app)
 
     add("status", "Geometry, power, operations so far, and the faults that wait", [arguments](NorFlash &flash) {
         print_status(flash, arguments->json);
-    })->add_flag("--json", arguments->json);
+    })->add_flag("--json", arguments->json, "As JSON");
     add("fail-erase", "The N-th erase of a block from now fails",
         [arguments](NorFlash &flash) { flash.fail_erase(arguments->count); })
         ->add_option("N", arguments->count, "1 is the next, 0 none")
@@ -108,7 +116,7 @@ void add_flash_command(CLI::App &app)
         }
         flash.rot(arguments->offset, arguments->bit);
     });
-    rot->add_option("OFFSET", arguments->offset)->required();
+    rot->add_option("OFFSET", arguments->offset, "From the start of the device, in bytes")->required();
     rot->add_option("BIT", arguments->bit, "0 is the lowest")->required()->check(CLI::Range(0, 7));
 }
 

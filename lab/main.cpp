@@ -1,17 +1,49 @@
 // SPDX-License-Identifier: Apache-2.0
 // switchlab: the switch on a workstation.
+#include "lab/demo/demo_command.h"
 #include "lab/flash_command.h"
 #include "lab/run_command.h"
 #include "lab/sandbox.h"
 #include "lab/stack/look_commands.h"
 #include "lab/stack/shell_command.h"
 #include "lab/stack/up_command.h"
+#include "tools/completion.h"
+#include "tools/manual.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <cstdio>
+#include <span>
+#include <string>
 #include <string_view>
+#include <vector>
+
+namespace {
+
+constexpr char exit_statuses[] = "0 done, 125 could not be done or wrong usage, the reason on standard error. run and "
+                                 "shell end with the status of their command, 128 + N when signal N ended it, 127 when "
+                                 "it is not found, 126 when it cannot be executed. demo and up -d: 1 when the lab came "
+                                 "up but something is amiss.";
+
+// For shells and for packaging: their words are not the tool's own, so they are not parsed.
+bool served_a_shell_or_packaging(const CLI::App &app, int argc, char **argv)
+{
+    const std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+    if (words.size() > 1 && words.front() == "complete-words") {
+        for (const std::string &word : switchcfg::tool::completions(app, std::span{words}.subspan(1))) {
+            std::puts(word.c_str());
+        }
+        return true;
+    }
+    if (words.size() == 2 && words.front() == "write-manual") {
+        switchcfg::tool::write_manual(app, words.back(), exit_statuses);
+        return true;
+    }
+    return false;
+}
+
+} // namespace
 
 int main(int argc, char **argv)
 try {
@@ -19,7 +51,7 @@ try {
     char **const end = argv + argc;
     char **const separator = std::find_if(argv, end, [](const char *word) { return std::string_view{word} == "--"; });
 
-    CLI::App app{"The switch on a workstation: private folders, devices, network and processes"};
+    CLI::App app{"The switch on a workstation: private folders, devices, network and processes", "switchlab"};
     app.require_subcommand(1);
     int status = 0;
     switchlab::RunRequest run_request;
@@ -31,7 +63,18 @@ try {
     switchlab::add_logs_command(app);
     switchlab::add_power_command(app);
     switchlab::add_down_command(app);
+    switchlab::add_demo_command(app, status);
     switchlab::add_flash_command(app);
+    app.footer("Exit status: 0 done, 125 could not be done or wrong usage, 1 up but not complete, or a check of the\n"
+               "demo that failed; run and shell end with the status of their command.\n\n"
+               "Examples:\n"
+               "  switchlab demo                 what there is, shown and checked\n"
+               "  switchlab up --units 3 -d      a stack of three units, in the background\n"
+               "  switchlab shell 1              a shell on unit 1 of it\n"
+               "  switchlab run -- bash          a shell on an empty switch, without daemons\n");
+    if (served_a_shell_or_packaging(app, argc, argv)) {
+        return 0;
+    }
     try {
         app.parse(static_cast<int>(separator - argv), argv);
     } catch (const CLI::ParseError &error) {

@@ -60,7 +60,7 @@ ConnectionGuard::ConnectionGuard(
     rlimit open_files{};
     if (::getrlimit(RLIMIT_NOFILE, &open_files) == 0 && open_files.rlim_cur != RLIM_INFINITY) {
         // The process needs descriptors for its own work too.
-        most_ = std::clamp<std::size_t>(open_files.rlim_cur / 4, 1, most_connections);
+        most_ = static_cast<std::size_t>(std::clamp<rlim_t>(open_files.rlim_cur / 4, 1, most_connections));
     }
 }
 

@@ -95,7 +95,8 @@ void write_footer(std::ostream &page, const CLI::App &command)
     page << ".fi\n";
 }
 
-void write_page(const CLI::App &command, const std::string &path, const std::string &folder)
+void write_page(
+    const CLI::App &command, const std::string &path, const std::string &folder, const std::string &exit_status)
 {
     std::string title = path;
     std::ranges::replace(title, ' ', '-');
@@ -120,8 +121,8 @@ void write_page(const CLI::App &command, const std::string &path, const std::str
         write_commands(page, command, path);
     }
     write_footer(page, command);
-    page << ".SH EXIT STATUS\n0 done, 1 could not be done, 2 wrong usage.\n.SH SEE ALSO\n.BR switchcfg (1),\n.BR "
-            "switchlab (1)\n";
+    page << ".SH EXIT STATUS\n"
+         << with_line_end(plain(exit_status)) << ".SH SEE ALSO\n.BR switchcfg (1),\n.BR switchlab (1)\n";
     page.close();
     if (!page) {
         throw system_failure(file, "cannot write");
@@ -130,12 +131,12 @@ void write_page(const CLI::App &command, const std::string &path, const std::str
 
 } // namespace
 
-void write_manual(const CLI::App &app, const std::string &folder)
+void write_manual(const CLI::App &app, const std::string &folder, const std::string &exit_status)
 {
-    write_page(app, app.get_name(), folder);
+    write_page(app, app.get_name(), folder, exit_status);
     for (const CLI::App *command : app.get_subcommands({})) {
         if (!command->get_name().empty()) {
-            write_page(*command, app.get_name() + ' ' + command->get_name(), folder);
+            write_page(*command, app.get_name() + ' ' + command->get_name(), folder, exit_status);
         }
     }
 }

@@ -8,8 +8,10 @@
 
 namespace switchcfg::tool {
 
-// Writes switchcfg.1 and a page for each family, switchcfg-trap.1 and so on, into `folder`. Throws Failure.
-void write_manual(const CLI::App &app, const std::string &folder);
+// Writes a page for the tool, switchcfg.1, and one for each sub-command, switchcfg-trap.1 and so on, into `folder`.
+// `exit_status` says what statuses there are. Throws Failure.
+void write_manual(const CLI::App &app, const std::string &folder,
+    const std::string &exit_status = "0 done, 1 could not be done, 2 wrong usage.");
 
 } // namespace switchcfg::tool
 

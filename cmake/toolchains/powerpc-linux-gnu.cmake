@@ -21,3 +21,15 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+# pkg-config looks in CMAKE_PREFIX_PATH, then here instead of among the workstation's own.
+if(NOT DEFINED ENV{PKG_CONFIG_LIBDIR})
+    set(root "${CMAKE_SYSROOT}/usr")
+    if(NOT CMAKE_SYSROOT)
+        set(root /usr/${SWITCHCFG_TARGET_TRIPLET})
+    endif()
+    set(ENV{PKG_CONFIG_LIBDIR} "${root}/lib/${SWITCHCFG_TARGET_TRIPLET}/pkgconfig:${root}/lib/pkgconfig:${root}/share/pkgconfig")
+endif()
+
+# The processor has 4 KiB pages and no others; the linker would lay segments out for 64 KiB, in a file that much larger.
+string(APPEND CMAKE_SHARED_LINKER_FLAGS_INIT " -Wl,-z,max-page-size=4096")
+string(APPEND CMAKE_EXE_LINKER_FLAGS_INIT " -Wl,-z,max-page-size=4096")

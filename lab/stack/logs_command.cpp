@@ -94,8 +94,12 @@ void add_logs_command(CLI::App &app)
     const auto unit = std::make_shared<std::string>();
     const auto follow = std::make_shared<bool>(false);
     command->add_option("UNIT", *unit, "Counted from 0, or station; all by default");
-    command->add_option("--name", *name, "Which lab, when there are several");
+    command->add_option("--name", *name, "Which lab, when there are several")->envname(lab_name_variable);
     command->add_flag("-f,--follow", *follow, "Go on until Ctrl-C or the end of the lab");
+    command->footer("Examples:\n"
+                    "  switchlab logs -f          everything, as it comes\n"
+                    "  switchlab logs 1           unit 1 only\n"
+                    "  switchlab logs station     the notifications that were received\n");
     command->callback([=] { show_logs(*name, *unit, *follow); });
 }
 

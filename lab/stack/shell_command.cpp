@@ -98,7 +98,7 @@ CLI::App *add_shell_command(CLI::App &app, ShellRequest &request)
     CLI::App *const shell = app.add_subcommand(
         "shell", "A shell on a unit, or a command: switchlab shell [UNIT] [-- COMMAND [ARGUMENT]...]");
     shell->add_option("UNIT", request.part, "Counted from 0, or station")->capture_default_str();
-    shell->add_option("--name", request.lab, "Which lab, when there are several");
+    shell->add_option("--name", request.lab, "Which lab, when there are several")->envname(lab_name_variable);
     shell->footer("Examples:\n"
                   "  switchlab shell 1                       look around on unit 1\n"
                   "  switchlab shell 1 -- switchcfg units    what unit 1 knows of the stack\n"

@@ -86,7 +86,8 @@ int receive(const Events &events)
         receiver = "/usr/sbin/snmptrapd";
     }
     if (::access(receiver.c_str(), X_OK) != 0) {
-        events.trouble(the_station, "snmptrapd is not installed: nobody receives notifications");
+        events.trouble(the_station,
+            "snmptrapd is not installed (Debian: apt-get install snmptrapd): nobody receives notifications");
         events.stage(the_station, "ready");
         for (;;) {
             (void)::pause();

@@ -131,8 +131,11 @@ void add_status_command(CLI::App &app)
     CLI::App *const command = app.add_subcommand("status", "Units, addresses and daemons of a lab");
     const auto name = std::make_shared<std::string>();
     const auto as_json = std::make_shared<bool>(false);
-    command->add_option("--name", *name, "Which lab, when there are several");
+    command->add_option("--name", *name, "Which lab, when there are several")->envname(lab_name_variable);
     command->add_flag("--json", *as_json, "As JSON");
+    command->footer("Examples:\n"
+                    "  switchlab status\n"
+                    "  switchlab status --json | jq '.units[].daemons[] | select(.running) | .name'\n");
     command->callback([=] {
         const ordered_json state = state_of_lab(view_lab(*name));
         if (*as_json) {

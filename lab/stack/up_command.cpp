@@ -145,6 +145,7 @@ void add_up_command(CLI::App &app, int &status)
         ->check(CLI::Range(1, most_units));
     command->add_option("--models", request->models, "A,B,...: their models, by number or name")->delimiter(',');
     command->add_option("--name", request->name, "What this lab is called, for when there are several")
+        ->envname(lab_name_variable)
         ->capture_default_str();
     command
         ->add_option("--keep", request->keep, "Folder below /var, /tmp, /mnt or /dev that stays visible (repeatable)")
@@ -161,7 +162,10 @@ void add_down_command(CLI::App &app)
 {
     CLI::App *const command = app.add_subcommand("down", "Takes a lab down, with everything in it");
     const auto name = std::make_shared<std::string>();
-    command->add_option("--name", *name, "Which lab, when there are several");
+    command->add_option("--name", *name, "Which lab, when there are several")->envname(lab_name_variable);
+    command->footer("Examples:\n"
+                    "  switchlab down\n"
+                    "  switchlab down --name other     when there are several\n");
     command->callback([name] {
         const std::string lab = choose_lab(*name);
         (void)ask_lab(lab, {{"request", "down"}});
@@ -178,7 +182,10 @@ void add_power_command(CLI::App &app)
     const auto state = std::make_shared<std::string>();
     command->add_option("UNIT", *unit, "Counted from 0")->required();
     command->add_option("STATE", *state, "on, off or cycle")->required()->check(CLI::IsMember({"on", "off", "cycle"}));
-    command->add_option("--name", *name, "Which lab, when there are several");
+    command->add_option("--name", *name, "Which lab, when there are several")->envname(lab_name_variable);
+    command->footer("Examples:\n"
+                    "  switchlab power 1 cycle     the plug of unit 1, out and in again\n"
+                    "  switchlab power 0 off\n");
     command->callback([=] {
         const std::string lab = choose_lab(*name);
         const int number = view_lab(lab).part(*unit).number;

@@ -11,6 +11,7 @@
 namespace switchlab {
 
 inline constexpr char usual_lab[] = "switch";
+inline constexpr char lab_name_variable[] = "SWITCHLAB_NAME"; // takes the place of --name
 
 // A part of a lab, the station or a unit, as its keeper knows it.
 struct LabPart {

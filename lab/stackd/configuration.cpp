@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/stackd/configuration.h"
 
+#include "lab/stackd/clock.h"
+
 #include <switchcfg/config_region.h>
 #include <switchcfg/locks.h>
-#include <switchcfg/uptime.h>
 
 #include <algorithm>
 #include <arpa/inet.h>
@@ -91,10 +92,10 @@ void Configuration::follow(const std::optional<sockaddr_in6> &master)
         in_step_ = false;
         members_.clear(); // they find the new master themselves
     }
-    if (!master_address_ || (master_ && master_->alive()) || uptime_cs() < next_try_) {
+    if (!master_address_ || (master_ && master_->alive()) || now_cs() < next_try_) {
         return;
     }
-    next_try_ = uptime_cs() + retry_cs;
+    next_try_ = now_cs() + retry_cs;
     in_step_ = false;
     Descriptor socket{::socket(AF_INET6, socket_kind, 0)};
     const sockaddr_in6 address = at_port(*master_address_);

@@ -3,6 +3,7 @@
 // announces all of them in the status region, and keeps the configuration of all units the same. It owns the status
 // region's unit records, so it alone among the lab's daemons knows their layout.
 #include "core/status_layout.h"
+#include "lab/stackd/clock.h"
 #include "lab/stackd/configuration.h"
 #include "lab/stackd/neighbours.h"
 #include "tools/stack_units.h"
@@ -14,17 +15,41 @@
 #include <switchcfg/startup.h>
 #include <switchcfg/status.h>
 #include <switchcfg/trap.h>
-#include <switchcfg/uptime.h>
+#include <switchcfg/vxlog.h>
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <csignal>
+#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <stdexcept>
 #include <vector>
+
+// The library's log, crash reports among it, goes where the process manager's does.
+static void log_line(const char *format, va_list arguments)
+{
+    (void)std::vfprintf(stderr, format, arguments);
+    (void)std::fputc('\n', stderr);
+}
+
+extern "C" void vxlog(int /*level*/, const char *format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    log_line(format, arguments);
+    va_end(arguments);
+}
+
+extern "C" void vxlog_internal(int /*level*/, const char *format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    log_line(format, arguments);
+    va_end(arguments);
+}
 
 namespace {
 
@@ -64,15 +89,13 @@ class StackManager {
                 configuration_.serve(); // off with it
                 next_look_ = now_us() + std::max(look_interval_us, took * look_share);
             }
-            if (uptime_cs() >= next_hello_) {
+            if (now_cs() >= next_hello_) {
                 say();
             }
         }
     }
 
   private:
-    static std::uint64_t now_us() { return uptime_cs() * 10'000; }
-
     int milliseconds_to_next() const
     {
         const std::uint64_t next = std::min(next_look_, next_hello_ * 10'000);
@@ -83,7 +106,7 @@ class StackManager {
     {
         own_.generation = configuration_.generation();
         neighbours_.say(own_);
-        next_hello_ = uptime_cs() + hello_interval_cs;
+        next_hello_ = now_cs() + hello_interval_cs;
     }
 
     void announce(const UnitFacts &unit)
@@ -102,7 +125,7 @@ class StackManager {
     void notify(Send send, const UnitFacts &unit) const
     {
         // Units that a master finds when it comes itself have not just joined.
-        if (!master() && uptime_cs() - born_ > settled_cs) {
+        if (!master() && now_cs() - born_ > settled_cs) {
             std::array<std::uint8_t, 8> identifier{};
             std::ranges::copy(unit.mac, identifier.begin());
             const auto high = switchcfg::load_ordered<std::endian::big, std::uint32_t>(identifier.data());
@@ -152,7 +175,7 @@ class StackManager {
     Neighbours neighbours_;
     Configuration configuration_;
     std::uint8_t *region_ = nullptr;
-    std::uint64_t born_ = uptime_cs();
+    std::uint64_t born_ = now_cs();
     std::uint64_t next_hello_ = 0;
     std::uint64_t next_look_ = 0;
 };

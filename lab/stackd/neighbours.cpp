@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/stackd/neighbours.h"
 
+#include "lab/stackd/clock.h"
 #include "util/byte_order.h"
 
 #include <switchcfg/equip.h>
-#include <switchcfg/uptime.h>
 
 #include <arpa/inet.h>
 #include <cerrno>
@@ -149,7 +149,7 @@ void Neighbours::listen(int own_unit, const std::function<void(const UnitFacts &
             continue;
         }
         const bool known = all_.contains(facts->unit) && all_[facts->unit].facts.mac == facts->mac;
-        all_[facts->unit] = {*facts, from, uptime_cs()};
+        all_[facts->unit] = {*facts, from, now_cs()};
         if (!known) {
             joined(*facts);
         }
@@ -159,7 +159,7 @@ void Neighbours::listen(int own_unit, const std::function<void(const UnitFacts &
 void Neighbours::forget_silent(const std::function<void(const UnitFacts &)> &left)
 {
     for (auto at = all_.begin(); at != all_.end();) {
-        if (uptime_cs() - at->second.heard_at <= silence_cs) {
+        if (now_cs() - at->second.heard_at <= silence_cs) {
             ++at;
             continue;
         }

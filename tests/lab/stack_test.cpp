@@ -131,6 +131,8 @@ TEST(LabStack, ComesUpAsUnitsThatSeeOneAnother)
         EXPECT_EQ(on(1, "ls /tmp/mine /var/mine /mnt/flash/mine 2>/dev/null").output, "");
         EXPECT_EQ(on(0, "od -An -tx1 -j 4 -N 4 /dev/flash_env").output.find("ff ff ff ff"), std::string::npos);
 
+        EXPECT_EQ(run(with({"complete-words", "power", ""}, {})).output, "0\n1\n");
+        EXPECT_EQ(run(with({"complete-words", "shell", "--name", "sw"}, {})).output, "switch\n");
         EXPECT_THAT(run(with({"up", "-d"}, {})).output, HasSubstr("is up already"));
         EXPECT_THAT(on(2, "true").output, HasSubstr("no unit '2'"));
         EXPECT_THAT(run(with({"up"}, {"--units", "1", "--models", "1,2"})).output, HasSubstr("2 models for 1 units"));
@@ -278,6 +280,17 @@ TEST(LabStack, TheStationReceivesWhatUnitsNotify)
     EXPECT_THAT(run(with({"logs"}, {})).output, HasSubstr("unit0   | stackd: started"));
 }
 
+TEST(LabStack, EverySubCommandHasAManualPageWithExamples)
+{
+    EXPECT_EQ(run(with({"write-manual", "/tmp"}, {})).status, 0);
+    for (const char *command : {"run", "up", "shell", "status", "logs", "power", "down", "demo", "flash"}) {
+        const std::string page = file_text(std::string{"/tmp/switchlab-"} + command + ".1");
+        EXPECT_THAT(page, HasSubstr(std::string{"\n  switchlab "})) << command;
+        EXPECT_THAT(page, HasSubstr("125 could not be done")) << command;
+    }
+    EXPECT_EQ(run(with({"write-manual", "/nowhere"}, {})).status, 125);
+}
+
 // Whoever is on the stacking link may say anything.
 TEST(LabStack, NoiseOnTheStackingLinkHarmsNobody)
 {
@@ -321,7 +334,7 @@ TEST(LabStack, NeedsNoRights)
 
     // A unit that cannot be made takes the whole lab back, with the reason.
     fs::remove("/tmp/user/libswitchlab-flash.so");
-    if (::access("/dev/fuse", R_OK | W_OK) != 0 || !user.empty()) {
+    if (run({"sh", "-c", user + "sh -c 'test -r /dev/fuse && test -w /dev/fuse'"}).status != 0) {
         const Outcome broken = run({"sh", "-c", there + user + "./switchlab up -d"});
         EXPECT_EQ(broken.status, 125);
         EXPECT_THAT(broken.output, HasSubstr("libswitchlab-flash.so: No such file"));

@@ -17,8 +17,8 @@
 namespace switchlab::loggerd {
 
 struct Limits {
-    std::size_t ram = 512 * 1024;
-    std::size_t flash = 1024 * 1024;
+    std::size_t ram = std::size_t{512} * 1024;
+    std::size_t flash = std::size_t{1024} * 1024;
     std::string flash_folder = "/mnt/flash/log";
     bool echo = false; // each line on standard output, too
 };

@@ -44,7 +44,7 @@ struct Route {
 
     static constexpr std::size_t wire_size = 16;
 
-    auto operator<=>(const Route &) const = default;
+    auto operator<=>(const Route &) const = default; // NOLINT(modernize-use-nullptr): no pointer is meant
 
     std::uint32_t mask() const
     {
