@@ -22,14 +22,20 @@ inline constexpr bool unit_is_valid(std::uint32_t unit) noexcept
 inline std::int32_t unit_model(std::uint32_t unit) noexcept
 {
     const std::uint8_t *const region = status_base();
-    return region != nullptr ? load(region, status_layout::hardware_model, unit) : 0;
+    if (region != nullptr) [[likely]] {
+        return load(region, status_layout::hardware_model, unit);
+    }
+    return 0;
 }
 
 // Record 0 stands for every number that is no model's, a negative one included.
 inline const cfg_equip_record &model_record(std::int32_t model) noexcept
 {
     const auto index = static_cast<std::uint32_t>(model);
-    return equip_table[index < CFG_EQUIP_RECORDS ? index : 0];
+    if (index < CFG_EQUIP_RECORDS) [[likely]] {
+        return equip_table[index];
+    }
+    return equip_table[0];
 }
 
 // Of a valid unit.

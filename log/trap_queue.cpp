@@ -158,7 +158,7 @@ int find(std::uint8_t *region, int count, std::uint32_t id, std::string_view tex
     for (int i = 0; i < count; ++i) {
         if (load(region, layout::trap_id, i) == id) {
             const char *queued = text_at(region, layout::trap_text, i);
-            if (queued[text.size()] == '\0' && queued[last_at] == last &&
+            if (queued[last_at] == last && queued[text.size()] == '\0' &&
                 std::memcmp(queued, text.data(), text.size()) == 0) {
                 return i;
             }

@@ -38,15 +38,25 @@ struct Arguments {
     }
 };
 
-void list(const Arguments &arguments)
+Json json_of(const Variables &variables)
 {
     Json json = Json::object();
-    Table table{{"VARIABLE", "VALUE"}};
-    for (const Variable &variable : arguments.access()->variables()) {
+    for (const Variable &variable : variables) {
         json[variable.name] = variable.value;
-        table.add({escaped(variable.name), escaped(variable.value)});
     }
-    print(json, [&] { table.print(); });
+    return json;
+}
+
+void list(const Arguments &arguments)
+{
+    const Variables variables = arguments.access()->variables();
+    print(json_of(variables), [&] {
+        Table table{{"VARIABLE", "VALUE"}};
+        for (const Variable &variable : variables) {
+            table.add({escaped(variable.name), escaped(variable.value)});
+        }
+        table.print();
+    });
 }
 
 void get(const Arguments &arguments)
@@ -55,7 +65,7 @@ void get(const Arguments &arguments)
     if (!value) {
         throw Failure{"no variable is named '" + arguments.name + "'"};
     }
-    print(*value, [&] { std::cout << *value << '\n'; });
+    print({{arguments.name, *value}}, [&] { std::cout << *value << '\n'; });
 }
 
 void change(const Arguments &arguments, const std::vector<Change> &changes, bool may_be_missing = false)
@@ -82,7 +92,7 @@ void export_text(const Arguments &arguments)
 {
     const Variables variables = arguments.access()->variables();
     if (arguments.file.empty()) {
-        write_text(std::cout, variables);
+        print(json_of(variables), [&] { write_text(std::cout, variables); });
         return;
     }
     std::ofstream file{arguments.file};

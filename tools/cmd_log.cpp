@@ -66,6 +66,9 @@ void show(const std::string &store, const std::string &match)
 // The lines that are new since the text before. A store that dropped its oldest lines still holds the last ones.
 std::string_view news(std::string_view before, std::string_view now)
 {
+    if (before.empty()) {
+        return now;
+    }
     constexpr std::size_t enough = 400;
     const std::string_view last = before.substr(before.size() - std::min(before.size(), enough));
     const std::size_t seen = now.rfind(last);

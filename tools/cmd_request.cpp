@@ -125,7 +125,7 @@ void add_request_command(CLI::App &app)
         "Connect to this address, such as ::1 or fe80::1%eth0, instead of "
         "127.0.0.1");
     command->add_flag("--raw", request->raw, "Print the reply's bytes as they are");
-    command->footer("DaemonRequest and reply have the same length; words are in the byte order of this machine.");
+    command->footer("Request and reply have the same length; words are in the byte order of this machine.");
     command->callback([=] { exchange(*request); });
 }
 

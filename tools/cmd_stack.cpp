@@ -71,6 +71,7 @@ void clear()
     }
     store(region, layout::stack_formed, 0);
     flush();
+    print_units(false);
 }
 
 // The model stays known, as it does while a unit restarts.

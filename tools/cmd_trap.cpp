@@ -213,6 +213,21 @@ std::string help_of(TrapArgument type)
     }
 }
 
+const char *example_of(TrapArgument type)
+{
+    switch (type) {
+    case TrapArgument::integer:
+    case TrapArgument::unsigned_integer:
+        return " 1";
+    case TrapArgument::mac:
+        return " 00:1A:2B:3C:4D:5E";
+    case TrapArgument::link:
+        return " down";
+    default:
+        return " name";
+    }
+}
+
 void add_send(CLI::App &trap)
 {
     auto *send_command = trap.add_subcommand("send", "Raise a notification, as a daemon does");
@@ -225,11 +240,14 @@ void add_send(CLI::App &trap)
         }
         auto *one = send_command->add_subcommand(sender.name, ids);
         auto words = std::make_shared<Words>(sender.arguments.size());
+        std::string example = sender.name;
         for (std::size_t i = 0; i < sender.arguments.size(); ++i) {
             one->add_option(sender.arguments[i] + ",--" + sender.arguments[i], (*words)[i])
                 ->type_name(help_of(sender.types[i]))
                 ->required();
+            example += example_of(sender.types[i]);
         }
+        one->footer(send_command->get_footer() + "\n\nExamples:\n  switchcfg trap send " + example);
         one->callback([&sender, words] { send(sender, *words); });
     }
 }

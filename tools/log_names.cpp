@@ -15,10 +15,10 @@ struct Name {
     int number;
 };
 
-constexpr Name levels[] = {{"emerg", 0}, {"alert", 1}, {"crit", 2}, {"err", 3}, {"error", 3}, {"warning", 4},
+constexpr Name level_names[] = {{"emerg", 0}, {"alert", 1}, {"crit", 2}, {"err", 3}, {"error", 3}, {"warning", 4},
     {"warn", 4}, {"notice", 5}, {"info", 6}, {"debug", 7}};
 
-constexpr Name facilities[] = {{"kern", 0}, {"user", 1}, {"mail", 2}, {"daemon", 3}, {"auth", 4}, {"syslog", 5},
+constexpr Name facility_names[] = {{"kern", 0}, {"user", 1}, {"mail", 2}, {"daemon", 3}, {"auth", 4}, {"syslog", 5},
     {"lpr", 6}, {"news", 7}, {"uucp", 8}, {"cron", 9}, {"authpriv", 10}, {"ftp", 11}, {"local0", 16}, {"local1", 17},
     {"local2", 18}, {"local3", 19}, {"local4", 20}, {"local5", 21}, {"local6", 22}, {"local7", 23}};
 
@@ -44,12 +44,12 @@ int number_of(std::span<const Name> names, const std::string &text, const char *
 
 int log_facility_by_name(const std::string &name)
 {
-    return number_of(facilities, name, "facility", LOG_NO_FACILITY - 1);
+    return number_of(facility_names, name, "facility", LOG_NO_FACILITY - 1);
 }
 
 int log_level_by_name(const std::string &name)
 {
-    return number_of(levels, name, "level", 255);
+    return number_of(level_names, name, "level", 255);
 }
 
 std::string log_result_text(int result)

@@ -36,7 +36,7 @@ int main(int argc, char **argv)
     add_address_commands(app);
     add_call_command(app, argc, argv);
     add_top_command(app);
-    add_examples(app);
+    add_examples(app, switchcfg_examples());
 
     const int status = run(app, argc, argv);
     add_to_manual_of_call(argc, argv);

@@ -153,7 +153,6 @@ void add_region_commands(CLI::App &parent, const RegionAccess &access)
     auto *set_command = parent.add_subcommand("set", "Change one field");
     auto changed = std::make_shared<Target>();
     auto value = std::make_shared<std::string>();
-    set_command->positionals_at_end();
     add_target_options(*set_command, *changed);
     set_command->add_option("value", *value, "New value: number, text, or hexadecimal bytes");
     set_command->callback([=] {

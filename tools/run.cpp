@@ -15,15 +15,41 @@
 
 namespace switchcfg::tool {
 
+namespace {
+
+// What is wrong, and where to read on: the sub-command that the words lead to.
+std::string usage_error(const CLI::App &app, std::span<const std::string> words, const std::string &wrong)
+{
+    const CLI::App *command = &app;
+    std::string path = app.get_name();
+    std::string reason = wrong;
+    for (const std::string &word : words) {
+        const auto known = command->get_subcommands(
+            [&](const CLI::App *each) { return !each->get_name().empty() && each->check_name(word); });
+        if (!known.empty()) {
+            command = known.front();
+            path += ' ' + word;
+        } else if (command->get_require_subcommand_min() > 0 && !word.starts_with("-")) {
+            reason = "'";
+            reason.append(word).append("' is no sub-command of ").append(path);
+            break;
+        }
+    }
+    return reason + "; see " + path + " --help";
+}
+
+} // namespace
+
 int run(CLI::App &app, int argc, char **argv)
 {
+    app.set_version_flag("--version", SWITCHCFG_VERSION, "Print the version and exit");
     app.add_flag_callback(
            "--json", [] { want_json(true); }, "Print data as JSON")
         ->trigger_on_parse();
+    const std::vector<std::string> words(argv + 1, argv + argc);
     try {
         LongOutput output{app};
         // For shells and for packaging: their words are not the tool's own, so they are not parsed.
-        const std::vector<std::string> words(argv + 1, argv + argc);
         if (words.size() > 1 && words.front() == "complete-words") {
             for (const std::string &word : completions(app, std::span{words}.subspan(1))) {
                 std::cout << word << '\n';
@@ -46,7 +72,7 @@ int run(CLI::App &app, int argc, char **argv)
     } catch (const CLI::Success &request) {
         return app.exit(request);
     } catch (const CLI::ParseError &wrong) {
-        std::cerr << "switchcfg: " << wrong.what() << '\n';
+        std::cerr << "switchcfg: " << usage_error(app, words, wrong.what()) << '\n';
         return 2;
     } catch (const CommandStatus &command) {
         return command.status;

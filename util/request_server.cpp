@@ -2,22 +2,30 @@
 // The loop of a serving daemon.
 #include <switchcfg/request_channel.h>
 #include <switchcfg/socket.h>
-#include <switchcfg/uptime.h>
 
 #include <cerrno>
 #include <cstdint>
+#include <ctime>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 namespace {
 
+// What uptime_cs() reads from its file, from the clock behind it: the loop asks at every turn.
+std::uint64_t since_boot_cs() noexcept
+{
+    timespec now{};
+    (void)::clock_gettime(CLOCK_BOOTTIME, &now);
+    return static_cast<std::uint64_t>(now.tv_sec) * 100 + static_cast<std::uint64_t>(now.tv_nsec) / 10000000;
+}
+
 // How long until the deadline; nothing when it has passed. What no clock can wait for is cut to 68 years.
 timespec time_until(std::uint64_t deadline) noexcept
 {
     constexpr std::int64_t longest_s = INT32_MAX;
     constexpr std::int64_t us_per_s = 1000000;
-    const auto left_us = static_cast<std::int64_t>((deadline - uptime_cs()) * 10000);
+    const auto left_us = static_cast<std::int64_t>((deadline - since_boot_cs()) * 10000);
     if (left_us <= 0) {
         return {0, 0};
     }
@@ -56,13 +64,13 @@ void serve_connection(const daemon_server &server, int listener, bool close_conn
 // The description is read anew at every use: callbacks change it.
 [[noreturn]] void serve(const daemon_server &server, int listener, bool close_connections)
 {
-    std::uint64_t deadline = uptime_cs(); // so the first tick comes at once
+    std::uint64_t deadline = since_boot_cs(); // so the first tick comes at once
     for (;;) {
         const int ready = wait_for_connection(listener, time_until(deadline));
         if (ready > 0) {
             serve_connection(server, listener, close_connections);
         } else if (ready == 0) {
-            deadline = uptime_cs() + server.period; // from now, so that late rounds do not pile up
+            deadline = since_boot_cs() + server.period; // from now, so that late rounds do not pile up
             if (server.timer != nullptr) {
                 (void)server.timer(server.argument);
             }

@@ -1,35 +1,32 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <switchcfg/locks.h>
 
-#include <benchmark/benchmark.h>
+#include "bench/support/compare.h"
+
 #include <fcntl.h>
 #include <unistd.h>
 
 namespace {
 
-void lock_pair_floor(benchmark::State &state)
-{
-    const int fd = ::open("/tmp/lock_bench", O_RDWR | O_CREAT, 0600);
-    struct flock whole {};
-    for (auto _ : state) {
-        whole.l_type = F_WRLCK;
-        benchmark::DoNotOptimize(::fcntl(fd, F_SETLK, &whole));
-        whole.l_type = F_UNLCK;
-        benchmark::DoNotOptimize(::fcntl(fd, F_SETLK, &whole));
-    }
-    ::close(fd);
-}
-BENCHMARK(lock_pair_floor);
+using namespace switchcfg::bench;
 
 void lock_pair(benchmark::State &state)
 {
+    const int bare = ::open("/tmp/lock_bare", O_RDWR | O_CREAT, 0600);
     const int fd = lock_create("/tmp/lock_bench");
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(lock_write(fd));
-        benchmark::DoNotOptimize(lock_free(fd));
-    }
+    struct flock whole {};
+    compare(
+        state, {"lock and unlock", "the two fcntl calls", 1.05},
+        [&] {
+            whole.l_type = F_WRLCK;
+            const int locked = ::fcntl(bare, F_SETLKW, &whole);
+            whole.l_type = F_UNLCK;
+            return ::fcntl(bare, F_SETLK, &whole) + locked == 0;
+        },
+        [&] { return lock_write(fd) + lock_free(fd) == 0; });
+    ::close(bare);
     lock_destroy(fd);
 }
-BENCHMARK(lock_pair);
+SWITCHCFG_ROW(lock_pair);
 
 } // namespace

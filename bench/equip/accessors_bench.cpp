@@ -4,12 +4,12 @@
 #include <switchcfg/equip.h>
 #include <switchcfg/status.h>
 
+#include "bench/support/compare.h"
 #include "core/status_layout.h"
-
-#include <benchmark/benchmark.h>
 
 namespace {
 
+using namespace switchcfg::bench;
 namespace layout = switchcfg::status_layout;
 using switchcfg::load;
 using switchcfg::store;
@@ -38,34 +38,48 @@ std::uint8_t *base = nullptr;
     return Equip_tq5200[model].user_ports;
 }
 
-template<typename Get>
-void for_each_unit(benchmark::State &state, Get get)
+[[gnu::noinline]] int two_loads_of_an_array(std::uint32_t unit, std::uint32_t index)
 {
-    base = stack();
-    std::uint32_t unit = 0;
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(get(unit));
-        unit = (unit + 1) % layout::max_units;
-    }
+    const std::int32_t model = load(base, layout::hardware_model, unit);
+    return Equip_tq5200[model].xfp_port[index];
 }
 
-void equipment_floor(benchmark::State &state)
+template<typename Get>
+auto over_units(Get get)
 {
-    for_each_unit(state, two_loads);
+    return [get, unit = std::uint32_t{0}]() mutable {
+        const auto result = get(unit);
+        unit = (unit + 1 + zero_after(result)) % layout::max_units;
+        return result;
+    };
 }
-BENCHMARK(equipment_floor);
 
 void equipment_accessor(benchmark::State &state)
 {
-    for_each_unit(state, cfg_equip_get_user_ports);
+    base = stack();
+    compare(state, {"equipment accessor", "a call of two dependent loads", 1.5}, over_units(through_pointer(two_loads)),
+        over_units(through_pointer(cfg_equip_get_user_ports)));
 }
-BENCHMARK(equipment_accessor);
+SWITCHCFG_ROW(equipment_accessor);
 
 void equipment_accessor_of_an_array(benchmark::State &state)
 {
-    for_each_unit(state, [](std::uint32_t unit) { return cfg_equip_get_xfp_port(unit, 1); });
+    base = stack();
+    compare(state, {"equipment accessor of an array", "a call of two dependent loads", 1.5},
+        over_units([get = through_pointer(two_loads_of_an_array)](std::uint32_t unit) { return get(unit, 1); }),
+        over_units([get = through_pointer(cfg_equip_get_xfp_port)](std::uint32_t unit) { return get(unit, 1); }));
 }
-BENCHMARK(equipment_accessor_of_an_array);
+SWITCHCFG_ROW(equipment_accessor_of_an_array);
+
+void status_word_lookup(benchmark::State &state)
+{
+    base = stack();
+    compare(state, {"status look-up of a unit's model", "a call of two dependent loads", 1.5},
+        over_units(through_pointer(two_loads)),
+        over_units([get = through_pointer(status_get_hw_model_num)](
+                       std::uint32_t unit) { return get(static_cast<int>(unit)); }));
+}
+SWITCHCFG_ROW(status_word_lookup);
 
 // What a look-up by modid must read of each unit before the one it finds: presence, chips of its model, the chip's
 // range.
@@ -84,32 +98,21 @@ BENCHMARK(equipment_accessor_of_an_array);
 }
 
 template<typename Get>
-void for_each_modid(benchmark::State &state, Get get)
+auto over_modids(Get get)
 {
-    base = stack();
-    int modid = 0;
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(get(modid));
-        modid = (modid + 1) % 16;
-    }
+    return [get, modid = 0U]() mutable {
+        const auto result = get(static_cast<int>(modid));
+        modid = (modid + 1 + zero_after(result)) % 16;
+        return result;
+    };
 }
-
-void status_lookup_floor(benchmark::State &state)
-{
-    for_each_modid(state, owner_floor);
-}
-BENCHMARK(status_lookup_floor);
 
 void status_lookup(benchmark::State &state)
 {
-    for_each_modid(state, status_modid_to_unit);
+    base = stack();
+    compare(state, {"status look-up of a module's unit", "the loads of each unit up to it", 1.5},
+        over_modids(through_pointer(owner_floor)), over_modids(through_pointer(status_modid_to_unit)));
 }
-BENCHMARK(status_lookup);
-
-void status_word_lookup(benchmark::State &state)
-{
-    for_each_unit(state, [](std::uint32_t unit) { return status_get_hw_model_num(static_cast<int>(unit)); });
-}
-BENCHMARK(status_word_lookup);
+SWITCHCFG_ROW(status_lookup);
 
 } // namespace

@@ -2,14 +2,15 @@
 #include <switchcfg/ports.h>
 #include <switchcfg/status.h>
 
+#include "bench/support/compare.h"
 #include "core/status_layout.h"
 
 #include <array>
-#include <benchmark/benchmark.h>
 
 namespace {
 
 using namespace switchcfg;
+using namespace switchcfg::bench;
 
 constexpr int models[] = {1, 5, 6, 8, 10, 11, 15, 84}; // one of each wiring, one per unit
 constexpr int units = static_cast<int>(std::size(models));
@@ -60,68 +61,82 @@ std::array<std::array<std::uint8_t, 64>, 128> floor_table;
            load(floor_region, status_layout::transceiver_present, u, port);
 }
 
-template<typename Call>
-void run(benchmark::State &state, Call call)
+// The walk over units and their modules is what a look-up by module means.
+[[gnu::noinline]] int owner_floor(int module, int phys_port, int *user_port)
 {
-    floor_region = stack();
-    int step = 0;
-    for (auto _ : state) {
-        ++step;
-        int first = 0;
-        int second = 0;
-        benchmark::DoNotOptimize(call(step % units, 2 + step % 16, first, second));
-        benchmark::DoNotOptimize(first);
-        benchmark::DoNotOptimize(second);
+    for (int unit = 0; unit < units; ++unit) {
+        if (load(floor_region, status_layout::unit_present, unit) == 0) {
+            continue;
+        }
+        const int chips = load(floor_region, status_layout::unit_subunits, unit);
+        for (int chip = 0; chip < chips; ++chip) {
+            if (load(floor_region, status_layout::module_id, unit, chip) == module) {
+                const std::int32_t model = load(floor_region, status_layout::hardware_model, unit);
+                *user_port = floor_table[static_cast<std::size_t>(model)][static_cast<std::size_t>(phys_port)];
+                return unit;
+            }
+        }
     }
+    return -1;
 }
 
-void user_to_chip_floor(benchmark::State &state)
+template<typename Call>
+auto over_ports(Call call)
 {
-    run(state, [](int unit, int port, int &module, int &chip) { return to_chip_floor(unit, port, &module, &chip); });
+    return [call, step = 0U]() mutable {
+        int first = 0;
+        int second = 0;
+        const auto turn = static_cast<int>(step % 16);
+        const int result = call(turn % units, 2 + turn, first, second);
+        step += 1 + zero_after(result) + zero_after(first) + zero_after(second);
+        return result;
+    };
 }
-BENCHMARK(user_to_chip_floor);
 
 void user_to_chip(benchmark::State &state)
 {
-    run(state, [](int unit, int port, int &module, int &chip) {
-        return cfg_equip_user_to_phys_port_tq5200(unit, port, &module, &chip);
-    });
+    floor_region = stack();
+    compare(state, {"user port to chip port", "the same loads and one table load", 2},
+        over_ports([floor = through_pointer(to_chip_floor)](
+                       int unit, int port, int &module, int &chip) { return floor(unit, port, &module, &chip); }),
+        over_ports([](int unit, int port, int &module, int &chip) {
+            return cfg_equip_user_to_phys_port_tq5200(unit, port, &module, &chip);
+        }));
 }
-BENCHMARK(user_to_chip);
-
-void chip_to_user_floor(benchmark::State &state)
-{
-    run(state, [](int unit, int port, int &user, int &) { return to_user_floor(port, unit, &user); });
-}
-BENCHMARK(chip_to_user_floor);
+SWITCHCFG_ROW(user_to_chip);
 
 void chip_to_user(benchmark::State &state)
 {
-    run(state, [](int unit, int port, int &user, int &) {
-        return cfg_equip_phys_to_local_user_port_tq5200(port, unit, &user);
-    });
+    floor_region = stack();
+    compare(state, {"chip port to user port", "the same loads and one table load", 2},
+        over_ports([floor = through_pointer(to_user_floor)](
+                       int unit, int port, int &user, int &) { return floor(port, unit, &user); }),
+        over_ports([](int unit, int port, int &user, int &) {
+            return cfg_equip_phys_to_local_user_port_tq5200(port, unit, &user);
+        }));
 }
-BENCHMARK(chip_to_user);
-
-void port_type_floor(benchmark::State &state)
-{
-    run(state, [](int unit, int port, int &, int &) { return type_floor(unit, port); });
-}
-BENCHMARK(port_type_floor);
+SWITCHCFG_ROW(chip_to_user);
 
 void port_type(benchmark::State &state)
 {
-    run(state, [](int unit, int port, int &, int &) { return cfg_get_port_type_tq5200_up(unit, port); });
+    floor_region = stack();
+    compare(state, {"type of a port", "the same loads and one table load", 2},
+        over_ports(
+            [floor = through_pointer(type_floor)](int unit, int port, int &, int &) { return floor(unit, port); }),
+        over_ports([](int unit, int port, int &, int &) { return cfg_get_port_type_tq5200_up(unit, port); }));
 }
-BENCHMARK(port_type);
+SWITCHCFG_ROW(port_type);
 
-// The walk over units and modules is what the look-up means: there is no floor but its own loads.
 void module_and_chip_port_to_user(benchmark::State &state)
 {
-    run(state, [](int unit, int port, int &found, int &user) {
-        return cfg_equip_phys_to_user_port_tq5200(unit, port, &found, &user);
-    });
+    floor_region = stack();
+    compare(state, {"module and chip port to unit and user port", "the loads of each unit up to it, one table load", 2},
+        over_ports([floor = through_pointer(owner_floor)](
+                       int module, int port, int &, int &user) { return floor(module, port, &user); }),
+        over_ports([](int module, int port, int &found, int &user) {
+            return cfg_equip_phys_to_user_port_tq5200(module, port, &found, &user);
+        }));
 }
-BENCHMARK(module_and_chip_port_to_user);
+SWITCHCFG_ROW(module_and_chip_port_to_user);
 
 } // namespace

@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <switchcfg/error.h>
 
+#include "bench/support/compare.h"
+
 #include <array>
-#include <benchmark/benchmark.h>
-#include <cstdint>
+#include <cstdio>
 
 namespace {
+
+using namespace switchcfg::bench;
 
 // The floor: an exported function that loads one entry of a table, reached as the library's own functions are.
 std::array<const char *, 512> table;
@@ -14,57 +17,61 @@ std::array<const char *, 512> table;
 {
     return table[index];
 }
-const char *(*volatile one_load_from_elsewhere)(unsigned) = one_load;
-
-void error_table_load_floor(benchmark::State &state)
+// Calls with numbers from 0 to below `count`, a power of 2.
+template<typename Call>
+auto over_numbers(unsigned count, Call call)
 {
-    const auto call = one_load_from_elsewhere;
-    unsigned code = 0;
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(call(code));
-        code = (code + 7) & 511U;
-    }
+    return [call, mask = count - 1, number = 0U]() mutable {
+        const auto result = call(number);
+        number = (number + 7 + zero_after(result)) & mask;
+        return result;
+    };
 }
-BENCHMARK(error_table_load_floor);
+
+template<typename Call>
+void beside_one_load(benchmark::State &state, const char *title, unsigned count, Call call)
+{
+    compare(state, {title, "one table load, behind a call", 2}, over_numbers(count, through_pointer(one_load)),
+        over_numbers(count, call));
+}
 
 void error_message(benchmark::State &state)
 {
-    unsigned code = 0;
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(cfg_strerror(-static_cast<int>(code)));
-        code = (code + 7) & 511U;
-    }
+    beside_one_load(state, "`cfg_strerror`", 512, [](unsigned code) { return cfg_strerror(-static_cast<int>(code)); });
 }
-BENCHMARK(error_message);
+SWITCHCFG_ROW(error_message);
 
 void error_from_bcm(benchmark::State &state)
 {
-    unsigned code = 0;
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(cfg_error_from_bcm(-static_cast<int>(code)));
-        code = (code + 7) & 31U;
-    }
+    beside_one_load(state, "error code of the switch chip's kit", 32,
+        [](unsigned code) { return cfg_error_from_bcm(-static_cast<int>(code)); });
 }
-BENCHMARK(error_from_bcm);
+SWITCHCFG_ROW(error_from_bcm);
 
 void error_from_stp(benchmark::State &state)
 {
-    unsigned code = 0;
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(cfg_error_from_stp(static_cast<int>(code)));
-        code = (code + 7) & 63U;
-    }
+    beside_one_load(state, "error code of spanning tree", 64,
+        [](unsigned code) { return cfg_error_from_stp(static_cast<int>(code)); });
 }
-BENCHMARK(error_from_stp);
+SWITCHCFG_ROW(error_from_stp);
 
 void error_from_psm(benchmark::State &state)
 {
-    unsigned code = 0;
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(cfg_error_from_psm(-1000 - static_cast<int>(code)));
-        code = (code + 1) & 7U;
-    }
+    beside_one_load(state, "error code of the power-supply manager", 8,
+        [](unsigned code) { return cfg_error_from_psm(-1000 - static_cast<int>(code)); });
 }
-BENCHMARK(error_from_psm);
+SWITCHCFG_ROW(error_from_psm);
+
+void error_text(benchmark::State &state)
+{
+    char text[256];
+    int number = 0;
+    cfg_set_error_msg_enable(1);
+    compare(
+        state, {"message on the error channel", "one snprintf"},
+        [&] { return std::snprintf(text, sizeof text, "Port %d is not of unit %d", ++number, 3); },
+        [&] { return cfg_error_set_msg("Port %d is not of unit %d", ++number, 3); });
+}
+SWITCHCFG_ROW(error_text);
 
 } // namespace

@@ -5,65 +5,53 @@
 #include <switchcfg/routing.h>
 #include <switchcfg/socket.h>
 
+#include "bench/support/compare.h"
+#include "bench/support/served.h"
+
 #include <arpa/inet.h>
 #include <array>
-#include <benchmark/benchmark.h>
-#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <netinet/tcp.h>
-#include <sys/prctl.h>
 #include <sys/select.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 namespace {
+
+using namespace switchcfg::bench;
 
 constexpr std::size_t payload_size = 16;
 using Request = std::array<char, 12 + payload_size>;
 using Reply = std::array<char, 8 + payload_size>;
 
-// A daemon in a process of its own, which answers every command with data of the same size.
-class Daemon {
-  public:
-    Daemon() : listener_(socket_is_create_local(DC_PORT)), pid_(listener_ < 0 ? -1 : ::fork())
-    {
-        if (pid_ == 0) {
-            ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-            serve();
-        }
+// A daemon that answers every command with data of the same size.
+void answer(int fd)
+{
+    Reply reply{};
+    reply[3] = 1;
+    reply[7] = payload_size;
+    const int on = 1;
+    ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    for (Request request; ::recv(fd, request.data(), request.size(), MSG_WAITALL) > 0;) {
+        (void)!::write(fd, reply.data(), reply.size());
     }
-    ~Daemon()
-    {
-        ::close(listener_);
-        if (pid_ > 0) {
-            ::kill(pid_, SIGKILL);
-            ::waitpid(pid_, nullptr, 0);
-        }
-    }
-    Daemon(const Daemon &) = delete;
-    Daemon &operator=(const Daemon &) = delete;
-    bool runs() const { return pid_ > 0; }
+    ::close(fd);
+}
 
-  private:
-    [[noreturn]] void serve() const
-    {
-        Reply reply{};
-        reply[3] = 1;
-        reply[7] = payload_size;
-        const int fd = ::accept(listener_, nullptr, nullptr);
-        const int on = 1;
-        ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-        for (Request request; ::recv(fd, request.data(), request.size(), MSG_WAITALL) > 0;) {
-            (void)!::write(fd, reply.data(), reply.size());
-        }
-        ::_exit(0);
+void serve()
+{
+    const int listener = socket_is_create_local(DC_PORT);
+    if (listener < 0) {
+        return;
     }
-
-    int listener_;
-    pid_t pid_;
-};
+    serving();
+    for (;;) {
+        std::thread{answer, ::accept(listener, nullptr, nullptr)}.detach();
+    }
+}
+const ServeAs routing{"routing", serve};
 
 bool readable_within(int fd, timeval limit)
 {
@@ -92,52 +80,30 @@ bool exchange_bare(int fd, const Request &request)
     return done;
 }
 
-void routing_command_floor(benchmark::State &state)
+void routing_command(benchmark::State &state)
 {
-    const Daemon daemon;
+    const Served daemon{"routing"};
     DClockGetSetCreate();
     const std::uint32_t here = htonl(INADDR_LOOPBACK);
     const int fd = daemon.runs() ? socket_is_connect(&here, DC_PORT) : -1;
     const int on = 1;
     ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     const Request request{};
-    for (auto _ : state) {
-        if (!exchange_bare(fd, request)) {
-            state.SkipWithError("the exchange failed");
-            break;
-        }
-    }
+    const std::array<char, payload_size> payload{};
+    compare(
+        state, {"command to the routing stack", "the same bytes, bare, between the lock pair", 0, Row::Clock::wall},
+        [&] { return exchange_bare(fd, request); },
+        [&] {
+            void *reply = nullptr;
+            std::uint32_t length = 0;
+            const int sent = dc_socket_send(257, payload.data(), payload_size, &reply, &length);
+            std::free(reply);
+            return sent == 1;
+        });
+    cfg_dc_finish_connection();
     ::close(fd);
     ::close(DCLockGetSetFileFD);
 }
-BENCHMARK(routing_command_floor)->UseRealTime();
-
-void routing_command(benchmark::State &state)
-{
-    const Daemon daemon;
-    DClockGetSetCreate();
-    const std::array<char, payload_size> payload{};
-    for (auto _ : state) {
-        void *reply = nullptr;
-        std::uint32_t length = 0;
-        if (!daemon.runs() || dc_socket_send(257, payload.data(), payload_size, &reply, &length) != 1) {
-            state.SkipWithError("the exchange failed");
-            break;
-        }
-        std::free(reply);
-    }
-    cfg_dc_finish_connection();
-    ::close(DCLockGetSetFileFD);
-}
-BENCHMARK(routing_command)->UseRealTime();
-
-void routing_command_name(benchmark::State &state)
-{
-    std::uint32_t id = 0;
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(dc_get_cmd_id_name(++id % 400));
-    }
-}
-BENCHMARK(routing_command_name);
+SWITCHCFG_ROW(routing_command);
 
 } // namespace

@@ -1,26 +1,30 @@
 // SPDX-License-Identifier: Apache-2.0
-// Calls into the switch-chip daemon. Remote ones stand beside request_reply_floor, bare ZeroMQ with as many bytes each
-// way; local ones beside the same call through a look-up in a map of as many functions.
+// Calls into the switch-chip daemon: remote ones beside bare ZeroMQ with as many bytes each way, local ones beside the
+// same call through a look-up in a map of as many functions.
 #include <switchcfg/funclist.h>
 
-#include <benchmark/benchmark.h>
-#include <csignal>
+#include "bench/support/bare_zeromq.h"
+#include "bench/support/compare.h"
+#include "bench/support/served.h"
+
 #include <cstdlib>
 #include <cstring>
 #include <map>
 #include <string>
-#include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace {
 
-std::int32_t echo(std::uint32_t arg1, std::uint32_t /*arg2*/, std::uint32_t /*arg3*/, std::uint32_t /*arg4*/,
-    const void *input, void **output, std::uint32_t *output_length)
+using namespace switchcfg::bench;
+
+// What a call adds to its payload on the wire, each way.
+constexpr std::size_t overhead = 33 + 4 + 3;
+
+std::int32_t answer(std::uint32_t size, std::uint32_t /*arg2*/, std::uint32_t /*arg3*/, std::uint32_t /*arg4*/,
+    const void * /*input*/, void **output, std::uint32_t *output_length)
 {
-    *output = std::malloc(arg1);
-    std::memcpy(*output, input, arg1);
-    *output_length = arg1;
+    *output = std::malloc(size);
+    std::memset(*output, 'x', size);
+    *output_length = size;
     return 0;
 }
 
@@ -30,61 +34,56 @@ std::int32_t sum(std::uint32_t arg1, std::uint32_t arg2, std::uint32_t arg3, std
     return static_cast<std::int32_t>(arg1 + arg2 + arg3 + arg4);
 }
 
-// To be made before this process has a server of its own.
-class Daemon {
-  public:
-    Daemon()
-    {
-        int ready[2];
-        if (::pipe(ready) != 0) {
-            std::abort();
-        }
-        pid_ = ::fork();
-        if (pid_ == 0) {
-            ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-            BcmdFunclistServer &server = BcmdFunclistServer::getInstance();
-            server.registerLegacyCallback(BCMD_GENERAL_ECHO, echo);
-            server.enableStatistics();
-            server.startProcessing();
-            (void)!::write(ready[1], "", 1);
-            server.wait();
-            ::_exit(1);
-        }
-        ::close(ready[1]);
-        char byte = 0;
-        if (::read(ready[0], &byte, 1) != 1) {
-            std::abort();
-        }
-        ::close(ready[0]);
-    }
-    ~Daemon()
-    {
-        ::kill(pid_, SIGKILL);
-        ::waitpid(pid_, nullptr, 0);
-    }
-    Daemon(const Daemon &) = delete;
-    Daemon &operator=(const Daemon &) = delete;
+void serve()
+{
+    BcmdFunclistServer &server = BcmdFunclistServer::getInstance();
+    server.registerLegacyCallback(BCMD_GENERAL_ECHO, answer);
+    server.enableStatistics();
+    server.startProcessing();
+    serving();
+    server.wait();
+}
+const ServeAs chip_daemon{"chip-daemon", serve};
 
-  private:
-    pid_t pid_;
-};
+// `input` bytes there, `output` bytes back.
+void call(benchmark::State &state, const Row &row, std::size_t input_size, std::size_t output_size)
+{
+    const Served bare_server{"bare-zeromq"};
+    const Served daemon{"chip-daemon"};
+    BareZeromq bare;
+    const std::string input(input_size, 'x');
+    compare(
+        state, row, [&] { return bare.exchange(input_size + overhead, output_size + overhead); },
+        [&] {
+            void *output = nullptr;
+            std::uint32_t length = 0;
+            const int result = bcm_cmd(BCMD_GENERAL_ECHO, static_cast<std::uint32_t>(output_size), 0, 0, 0,
+                input.data(), static_cast<std::uint32_t>(input_size), &output, &length);
+            std::free(output);
+            return result == 0 && length == output_size;
+        });
+}
 
 void remote_call(benchmark::State &state)
 {
-    const Daemon daemon;
-    const std::string input(static_cast<std::size_t>(state.range(0)), 'x');
-    const auto size = static_cast<std::uint32_t>(input.size());
-    for (auto _ : state) {
-        void *output = nullptr;
-        std::uint32_t length = 0;
-        if (bcm_cmd(BCMD_GENERAL_ECHO, size, 0, 0, 0, input.data(), size, &output, &length) != 0 || length != size) {
-            state.SkipWithError("the call failed");
-            break;
-        }
-        std::free(output);
-    }
+    const auto size = static_cast<std::size_t>(state.range(0));
+    call(state, {"remote call", "bare ZeroMQ with the same bytes", 1.15, Row::Clock::wall}, size, size);
 }
-BENCHMARK(remote_call)->Arg(64)->Arg(4096)->Arg(1 << 20)->UseRealTime()->Unit(benchmark::kMicrosecond);
+SWITCHCFG_ROW(remote_call)->ArgName("bytes")->Arg(64)->Arg(4096);
+
+void scaling_reply_size(benchmark::State &state)
+{
+    call(state, {"remote call, by bytes of its reply", "bare ZeroMQ with the same bytes", 0, Row::Clock::wall}, 64,
+        static_cast<std::size_t>(state.range(0)));
+}
+SWITCHCFG_ROW(scaling_reply_size)
+    ->Arg(64)
+    ->Arg(512)
+    ->Arg(4096)
+    ->Arg(32768)
+    ->Arg(262144)
+    ->Arg(2097152)
+    ->Arg((16 << 20) - 64); // a message holds 16 MiB, the reply's own fields included
 
 std::map<FunclistBcmdFuncGeneralType, bcmd_legacy_callback> table()
 {
@@ -96,34 +95,29 @@ std::map<FunclistBcmdFuncGeneralType, bcmd_legacy_callback> table()
     return functions;
 }
 
-void local_call_floor(benchmark::State &state)
+void local_call(benchmark::State &state)
 {
     auto functions = table();
     auto type = BCMD_GENERAL_MIRROR_SET;
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(functions);
-        benchmark::DoNotOptimize(type);
-        void *output = nullptr;
-        std::uint32_t length = 0;
-        benchmark::DoNotOptimize(functions[type](1, 2, 3, 4, nullptr, &output, &length));
-    }
-}
-BENCHMARK(local_call_floor);
-
-void local_call(benchmark::State &state)
-{
-    BcmdFunclistServer &server = BcmdFunclistServer::getInstance();
-    server.registerLegacyCallback(BCMD_GENERAL_MIRROR_SET, sum);
+    BcmdFunclistServer::getInstance().registerLegacyCallback(type, sum);
     BcmdFunclistClient::getInstance()->local_call = true;
-    auto type = BCMD_GENERAL_MIRROR_SET;
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(type);
-        void *output = nullptr;
-        std::uint32_t length = 0;
-        benchmark::DoNotOptimize(bcm_cmd(type, 1, 2, 3, 4, nullptr, 0, &output, &length));
-    }
+    compare(
+        state, {"local call", "an indirect call through a map look-up", 2},
+        [&] {
+            benchmark::DoNotOptimize(functions);
+            benchmark::DoNotOptimize(type);
+            void *output = nullptr;
+            std::uint32_t length = 0;
+            return functions[type](1, 2, 3, 4, nullptr, &output, &length);
+        },
+        [&] {
+            benchmark::DoNotOptimize(type);
+            void *output = nullptr;
+            std::uint32_t length = 0;
+            return bcm_cmd(type, 1, 2, 3, 4, nullptr, 0, &output, &length);
+        });
     BcmdFunclistClient::getInstance()->local_call = false;
 }
-BENCHMARK(local_call);
+SWITCHCFG_ROW(local_call);
 
 } // namespace

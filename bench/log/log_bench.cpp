@@ -1,40 +1,39 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a log message costs its sender, beside the bare system calls with one vsnprintf, and beside syslog(3). The
-// taking side runs on the same thread and is not counted.
+// What a log message costs its sender, beside the bare system calls with one vsnprintf. The taking side runs on the
+// same thread and is not counted.
 #include <switchcfg/log.h>
 #include <switchcfg/socket.h>
 
-#include <benchmark/benchmark.h>
-#include <chrono>
+#include "bench/support/compare.h"
+
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <syslog.h>
 #include <unistd.h>
 
 namespace {
 
+using namespace switchcfg::bench;
+
 constexpr int batch = 5; // as many as the backlog takes
 
 template<typename Send, typename Take>
-void measure(benchmark::State &state, Send &&send, Take &&take)
+auto sent(Send send, Take take)
 {
-    for (auto _ : state) {
-        const auto start = std::chrono::steady_clock::now();
+    return [send, take] {
+        bool good = true;
+        const double start = seconds_of(Row::Clock::thread);
         for (int i = 0; i < batch; ++i) {
-            if (!send(i)) {
-                state.SkipWithError("the message was not sent");
-                return;
-            }
+            good = send(i) && good;
         }
-        const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
-        state.SetIterationTime(took.count() / batch);
-        for (int i = 0; i < batch; ++i) {
+        const double took = seconds_of(Row::Clock::thread) - start;
+        for (int i = 0; i < batch && good; ++i) {
             take();
         }
-    }
+        return good ? took / batch : -1;
+    };
 }
 
 int format(char *buffer, std::size_t size, const char *text, ...) __attribute__((format(printf, 3, 4)));
@@ -75,49 +74,16 @@ struct Listener {
     void take() const { ::close(::accept(fd, nullptr, nullptr)); }
 };
 
-void log_message_floor(benchmark::State &state)
-{
-    const Listener listener;
-    measure(state, send_bare, [&] { listener.take(); });
-}
-BENCHMARK(log_message_floor)->UseManualTime();
-
 void log_message(benchmark::State &state)
 {
     const Listener listener;
-    measure(
-        state, [](int port) { return log_send_fac(3, 4, "Link-Flap detected on port %d/%d, blocking", 1, port) == 0; },
-        [&] { listener.take(); });
+    const auto take = [&] { listener.take(); };
+    compare_measured(state,
+        {"log message to the logging daemon", "socket, connect, two sends, close, one vsnprintf", 1.1},
+        sent(send_bare, take),
+        sent([](int port) { return log_send_fac(3, 4, "Link-Flap detected on port %d/%d, blocking", 1, port) == 0; },
+            take));
 }
-BENCHMARK(log_message)->UseManualTime();
-
-// Against a socket of ours, so that no log of this machine fills up; where a system logger runs there is no row.
-void log_message_syslog(benchmark::State &state)
-{
-    constexpr char path[] = "/dev/log";
-    if (::access(path, F_OK) == 0) {
-        state.SkipWithError("a system logger runs here");
-        return;
-    }
-    const int taker = socket_ud_create(path);
-    if (taker < 0) {
-        state.SkipWithError("/dev/log cannot be made");
-        return;
-    }
-    measure(
-        state,
-        [](int port) {
-            ::syslog(LOG_WARNING, "Link-Flap detected on port %d/%d, blocking", 1, port);
-            return true;
-        },
-        [&] {
-            char buffer[1024];
-            benchmark::DoNotOptimize(::recv(taker, buffer, sizeof buffer, 0));
-        });
-    ::closelog();
-    ::close(taker);
-    ::unlink(path);
-}
-BENCHMARK(log_message_syslog)->UseManualTime();
+SWITCHCFG_ROW(log_message);
 
 } // namespace

@@ -3,17 +3,18 @@
 #include <switchcfg/request_channel.h>
 #include <switchcfg/robust_io.h>
 
+#include "bench/support/compare.h"
+#include "bench/support/served.h"
+
 #include <array>
-#include <benchmark/benchmark.h>
-#include <csignal>
 #include <netinet/in.h>
-#include <sys/prctl.h>
 #include <sys/select.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
+
+using namespace switchcfg::bench;
 
 constexpr std::uint16_t port = 20201;
 constexpr std::uint16_t bare_port = 20202;
@@ -28,40 +29,6 @@ sockaddr_in endpoint_of(std::uint16_t number)
     return endpoint;
 }
 
-// A server in a process of its own, which says over a pipe that it listens.
-class Server {
-  public:
-    explicit Server(void (*serve)(int ready))
-    {
-        int ready[2];
-        if (::pipe(ready) != 0) {
-            std::abort();
-        }
-        pid_ = ::fork();
-        if (pid_ == 0) {
-            ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-            serve(ready[1]);
-            ::_exit(1);
-        }
-        ::close(ready[1]);
-        char byte = 0;
-        if (::read(ready[0], &byte, 1) != 1) {
-            std::abort();
-        }
-        ::close(ready[0]);
-    }
-    ~Server()
-    {
-        ::kill(pid_, SIGKILL);
-        ::waitpid(pid_, nullptr, 0);
-    }
-    Server(const Server &) = delete;
-    Server &operator=(const Server &) = delete;
-
-  private:
-    pid_t pid_;
-};
-
 void answer(int fd)
 {
     Record record;
@@ -70,7 +37,7 @@ void answer(int fd)
     }
 }
 
-void serve_bare(int ready)
+void serve_bare()
 {
     const int listener = ::socket(AF_INET, SOCK_STREAM, 0);
     const int on = 1;
@@ -78,7 +45,7 @@ void serve_bare(int ready)
     const sockaddr_in endpoint = endpoint_of(bare_port);
     ::bind(listener, reinterpret_cast<const sockaddr *>(&endpoint), sizeof endpoint);
     ::listen(listener, 5);
-    (void)!::write(ready, "", 1);
+    serving();
     for (;;) {
         fd_set readable;
         FD_ZERO(&readable);
@@ -90,20 +57,24 @@ void serve_bare(int ready)
     }
 }
 
-void serve_channel(int ready)
+const ServeAs bare{"bare-request", serve_bare};
+
+void serve_channel()
 {
-    static int ready_fd;
-    ready_fd = ready;
     daemon_server server{};
     server.port = port;
     server.period = 100000;
-    server.timer = [](void *) { return static_cast<int>(::write(ready_fd, "", 1)); };
+    server.timer = [](void *) {
+        serving();
+        return 0;
+    };
     server.connection = [](void *, int fd) {
         answer(fd);
         return 0;
     };
     daemon_server_loop(&server);
 }
+const ServeAs channel{"request-channel", serve_channel};
 
 bool exchange_bare(Record &record)
 {
@@ -121,30 +92,16 @@ bool exchange_bare(Record &record)
     return done;
 }
 
-void request_exchange_floor(benchmark::State &state)
-{
-    const Server server{serve_bare};
-    Record record{};
-    for (auto _ : state) {
-        if (!exchange_bare(record)) {
-            state.SkipWithError("the exchange failed");
-            break;
-        }
-    }
-}
-BENCHMARK(request_exchange_floor)->UseRealTime();
-
 void request_exchange(benchmark::State &state)
 {
-    const Server server{serve_channel};
+    const Served bare_server{"bare-request"};
+    const Served server{"request-channel"};
     Record record{};
-    for (auto _ : state) {
-        if (daemon_client_req(port, 10, record.data(), record.size()) != 0) {
-            state.SkipWithError("the exchange failed");
-            break;
-        }
-    }
+    compare(
+        state, {"exchange over the request channel", "the bare TCP exchange", 1.1, Row::Clock::wall},
+        [&] { return exchange_bare(record); },
+        [&] { return daemon_client_req(port, 10, record.data(), record.size()) == 0; });
 }
-BENCHMARK(request_exchange)->UseRealTime();
+SWITCHCFG_ROW(request_exchange);
 
 } // namespace

@@ -2,12 +2,15 @@
 // Each row beside the bare system calls of the same job: 64 bytes through a pipe, a wait on a descriptor that is ready.
 #include <switchcfg/robust_io.h>
 
+#include "bench/support/compare.h"
+
 #include <array>
-#include <benchmark/benchmark.h>
 #include <sys/select.h>
 #include <unistd.h>
 
 namespace {
+
+using namespace switchcfg::bench;
 
 using Block = std::array<char, 64>;
 
@@ -24,30 +27,6 @@ struct Pipe {
     bool ready = false;
 };
 
-void pipe_pair_floor(benchmark::State &state)
-{
-    const Pipe pipe;
-    Block block{};
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(::write(pipe.ends[1], block.data(), block.size()));
-        benchmark::DoNotOptimize(::read(pipe.ends[0], block.data(), block.size()));
-    }
-}
-BENCHMARK(pipe_pair_floor);
-
-template<auto WriteAll, auto ReadAll>
-void pipe_pair(benchmark::State &state)
-{
-    const Pipe pipe;
-    Block block{};
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(WriteAll(pipe.ends[1], block.data(), block.size()));
-        benchmark::DoNotOptimize(ReadAll(pipe.ends[0], block.data(), block.size()));
-    }
-}
-BENCHMARK_TEMPLATE(pipe_pair, vx_write, vx_read);
-BENCHMARK_TEMPLATE(pipe_pair, vx_write_nointr, vx_read_nointr);
-
 int wait_bare(int fd, int highest)
 {
     fd_set readable;
@@ -57,43 +36,61 @@ int wait_bare(int fd, int highest)
     return ::select(highest, &readable, nullptr, nullptr, &left);
 }
 
-void read_timeout_floor(benchmark::State &state)
+template<auto WriteAll, auto ReadAll>
+void through_pipe(benchmark::State &state, const char *title)
 {
     const Pipe pipe;
     Block block{};
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(::write(pipe.ends[1], block.data(), block.size()));
-        benchmark::DoNotOptimize(wait_bare(pipe.ends[0], pipe.ends[0] + 1));
-        benchmark::DoNotOptimize(::read(pipe.ends[0], block.data(), block.size()));
-    }
+    compare(
+        state, {title, "write, read"},
+        [&] {
+            return ::write(pipe.ends[1], block.data(), block.size()) > 0 &&
+                   ::read(pipe.ends[0], block.data(), block.size()) > 0;
+        },
+        [&] {
+            return WriteAll(pipe.ends[1], block.data(), block.size()) >= 0 &&
+                   ReadAll(pipe.ends[0], block.data(), block.size()) >= 0;
+        });
 }
-BENCHMARK(read_timeout_floor);
+
+void pipe_pair(benchmark::State &state)
+{
+    through_pipe<vx_write, vx_read>(state, "`vx_write` and `vx_read` of 64 bytes");
+}
+SWITCHCFG_ROW(pipe_pair);
+
+void pipe_pair_no_intr(benchmark::State &state)
+{
+    through_pipe<vx_write_nointr, vx_read_nointr>(state, "`vx_write_nointr` and `vx_read_nointr` of 64 bytes");
+}
+SWITCHCFG_ROW(pipe_pair_no_intr);
 
 void read_timeout(benchmark::State &state)
 {
     const Pipe pipe;
     Block block{};
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(vx_write(pipe.ends[1], block.data(), block.size()));
-        benchmark::DoNotOptimize(vx_read_timeout(pipe.ends[0], block.data(), block.size(), 1));
-    }
+    compare(
+        state, {"`vx_read_timeout` of 64 bytes", "write, select, read"},
+        [&] {
+            return ::write(pipe.ends[1], block.data(), block.size()) > 0 &&
+                   wait_bare(pipe.ends[0], pipe.ends[0] + 1) == 1 &&
+                   ::read(pipe.ends[0], block.data(), block.size()) > 0;
+        },
+        [&] {
+            return vx_write(pipe.ends[1], block.data(), block.size()) == 0 &&
+                   vx_read_timeout(pipe.ends[0], block.data(), block.size(), 1) == 0;
+        });
 }
-BENCHMARK(read_timeout);
+SWITCHCFG_ROW(read_timeout);
 
-template<bool Ours>
 void has_data(benchmark::State &state)
 {
     const Pipe pipe;
     (void)vx_write(pipe.ends[1], "x", 1);
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(Ours ? fd_has_data(1.0, pipe.ends[0]) : wait_bare(pipe.ends[0], FD_SETSIZE));
-    }
+    compare(
+        state, {"`fd_has_data`", "select"}, [&] { return wait_bare(pipe.ends[0], FD_SETSIZE); },
+        [&] { return fd_has_data(1.0, pipe.ends[0]); });
 }
-void has_data_floor(benchmark::State &state)
-{
-    has_data<false>(state);
-}
-BENCHMARK(has_data_floor);
-BENCHMARK_TEMPLATE(has_data, true);
+SWITCHCFG_ROW(has_data);
 
 } // namespace

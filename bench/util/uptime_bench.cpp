@@ -1,30 +1,28 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <switchcfg/uptime.h>
 
-#include <benchmark/benchmark.h>
+#include "bench/support/compare.h"
+
 #include <fcntl.h>
 #include <unistd.h>
 
 namespace {
 
-// What every turn of a server loop cannot do without: the three system calls.
-void uptime_file_floor(benchmark::State &state)
-{
-    char text[100];
-    for (auto _ : state) {
-        const int fd = ::open("/proc/uptime", O_RDONLY | O_CLOEXEC);
-        benchmark::DoNotOptimize(::read(fd, text, sizeof text));
-        ::close(fd);
-    }
-}
-BENCHMARK(uptime_file_floor);
+using namespace switchcfg::bench;
 
+// What every turn of a server loop does.
 void uptime_hundredths(benchmark::State &state)
 {
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(uptime_cs());
-    }
+    char text[100];
+    compare(
+        state, {"`uptime_cs`", "open, read, close"},
+        [&] {
+            const int fd = ::open("/proc/uptime", O_RDONLY | O_CLOEXEC);
+            const ssize_t got = ::read(fd, text, sizeof text);
+            return ::close(fd) == 0 && got > 0;
+        },
+        uptime_cs);
 }
-BENCHMARK(uptime_hundredths);
+SWITCHCFG_ROW(uptime_hundredths);
 
 } // namespace

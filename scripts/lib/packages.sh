@@ -7,12 +7,17 @@ packages_build=(build-essential cmake ninja-build pkg-config zlib1g-dev libcli11
 packages_demo=(procps snmptrapd busybox-static tftpd-hpa iproute2 chrony tidy)
 packages_test=(libgtest-dev libgmock-dev libbenchmark-dev iproute2 libubootenv-tool mtd-utils smitools snmp chrony
     tidy)
+# scripts/bench; the peers are measured where they are installed.
+packages_bench=(libbenchmark-dev python3)
+packages_bench_peers=(redis-server libhiredis-dev libsqlite3-dev liblmdb-dev procps)
 packages_lint=(clang-format clang-tidy cppcheck doxygen)
 packages_fuzz=(clang)
 packages_analysis=(gcovr valgrind)
 # The target, on a workstation: scripts/target-deps, the tests under emulation, the comparison of interfaces.
 packages_target=(g++-powerpc-linux-gnu qemu-user-static dpkg-dev debian-archive-keyring libzmq3-dev protobuf-compiler
     libprotobuf-dev libboost-dev abigail-tools)
+# A whole system of the target: scripts/target-system.
+packages_target_system=(linux-source-6.1 qemu-system-ppc bison flex bc cpio xz-utils)
 
 # What proves the Debian packages (scripts/packages --check).
 packages_package_check=(lintian debootstrap)
@@ -28,7 +33,7 @@ need_packages() {
         printf 'Packages are missing. Install them with:\n\n    sudo apt-get update && sudo apt-get install -y %s\n\n' "${missing[*]}" >&2
         exit 1
     fi
-    printf 'Installing %s\n' "${missing[*]}"
+    printf 'Installing %d Debian packages and what they need, which can take some minutes: %s\n' ${#missing[@]} "${missing[*]}"
     local log status=0 policy=/usr/sbin/policy-rc.d
     log=$(mktemp)
     # The programs are needed, not the services that some packages would start.

@@ -107,7 +107,7 @@ TEST(LabRun, StartsWithTheFoldersOfAnEmptySwitch)
                                "ls -A /mnt/flash; "
                                "for d in null zero full random urandom; do test -c /dev/$d || echo $d; done; "
                                "echo x > /dev/null; echo y > /dev/stdout; head -c 3 /dev/zero | od -An -tx1; "
-                               "script -qec 'test -t 0 && tty' /dev/null | grep -c ^/dev/pts/0");
+                               "script -qc 'test -t 0 && tty' /dev/null | grep -c ^/dev/pts/0");
     EXPECT_EQ(inside.output, "drwxrwxrwt /tmp\n"
                              "drwxr-xr-x /var/run/cfg\n"
                              "drwxr-xr-x /var/log\n"
@@ -208,12 +208,11 @@ TEST(LabRun, KeepsFoldersInTheirPlaces)
     EXPECT_EQ(lab("cat /mnt/link/new; ls /mnt", {"--keep", "/mnt/link"}).output, "new\nflash\nlink\n");
 
     fs::current_path("/tmp/checkout/source");
-    EXPECT_EQ(lab("pwd; ls; cat ../new; ls -d /tmp/gone").output,
-        "/tmp/checkout/source\nfile\ncat: ../new: No such file or directory\n"
-        "ls: cannot access '/tmp/gone': No such file or directory\n")
+    EXPECT_EQ(lab("pwd; ls; test -e ../new || echo no new; test -e /tmp/gone || echo gone").output,
+        "/tmp/checkout/source\nfile\nno new\ngone\n")
         << "the current folder, and only it, is kept without asking";
     fs::current_path("/tmp");
-    EXPECT_EQ(lab("pwd; ls -d checkout").output, "/tmp\nls: cannot access 'checkout': No such file or directory\n")
+    EXPECT_EQ(lab("pwd; test -e checkout || echo gone").output, "/tmp\ngone\n")
         << "a private folder stays private even when it is the current one";
     EXPECT_EQ(run({SWITCHLAB, "run", "--", "./alone", "-c", "ls -d alone gone 2> /dev/null"}).output, "alone\n");
 
@@ -231,8 +230,8 @@ TEST(LabRun, ServesAUserWithoutRights)
     const PlainUser user;
     const Outcome inside =
         user.lab("id -u; touch /var/x /tmp/x /mnt/x /dev/x /etc/x && echo >> /etc/passwd && echo written; "
-                 "rm /etc/group; ls /etc/group; echo $$; ip link show lo 2>&1 | grep -c LOOPBACK,UP");
-    EXPECT_EQ(inside.output, "0\nwritten\nls: cannot access '/etc/group': No such file or directory\n2\n1\n");
+                 "rm /etc/group; test -e /etc/group || echo gone; echo $$; ip link show lo 2>&1 | grep -c LOOPBACK,UP");
+    EXPECT_EQ(inside.output, "0\nwritten\ngone\n2\n1\n");
     EXPECT_TRUE(fs::exists("/etc/group"));
     EXPECT_FALSE(fs::exists("/etc/x"));
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// A daemon that makes the calls of the demo over and over and leaves nothing behind: scripts/analysis leaks runs it inside a
-// unit of a lab, under valgrind.
+// A daemon that makes the calls of the demo over and over and leaves nothing behind: scripts/analysis leaks runs it
+// inside a unit of a lab, under valgrind.
 //     switchcfg-calls ROUNDS
 // Says how many bytes the heap holds and how many descriptors are open after a tenth of the rounds and at the end; exit
 // status 1 when either has grown or calls fail throughout.
@@ -179,8 +179,8 @@ int main(int argc, char **argv)
     }
     const std::size_t bytes_now = heap_bytes();
     const long descriptors_now = open_descriptors();
-    std::printf("%d rounds of %zu families; heap %zu bytes after a tenth, %zu at the end; descriptors %ld, %ld\n", rounds,
-        std::size(families), bytes, bytes_now, descriptors, descriptors_now);
+    std::printf("%d rounds of %zu families; heap %zu bytes after a tenth, %zu at the end; descriptors %ld, %ld\n",
+        rounds, std::size(families), bytes, bytes_now, descriptors, descriptors_now);
     bool good = bytes_now <= bytes + 4096 && descriptors_now <= descriptors;
     for (const Family &family : families) {
         std::printf("%-20s failed %d times\n", family.name, family.failed);

@@ -7,6 +7,8 @@
 #include "soak/shared.h"
 #include "soak/workers.h"
 
+#include "core/config_layout.h"
+
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
@@ -17,6 +19,7 @@
 #include <new>
 #include <sched.h>
 #include <string>
+#include <switchcfg/config_region.h>
 #include <switchcfg/startup.h>
 #include <sys/mman.h>
 #include <sys/mount.h>
@@ -57,6 +60,7 @@ class Driver {
     void run()
     {
         make_room_small();
+        enable_notifications();
         start_missing();
         settle_and_inspect();
         while (now_ms() < end_) {
@@ -121,6 +125,15 @@ class Driver {
         }
         ++shared_.log_epoch;
         ++shared_.flash_epoch;
+    }
+
+    // A new configuration sends none.
+    static void enable_notifications()
+    {
+        namespace layout = config_layout;
+        auto *const region = static_cast<std::uint8_t *>(cfg_get_cfg());
+        std::memset(region + layout::trap_link_enable.offset, 1,
+            layout::trap_port_enable.end() - layout::trap_link_enable.offset);
     }
 
     // Children come up with clocks that run days ahead of those of their peers. The chip daemon's callers do not: a

@@ -84,7 +84,7 @@ TEST_F(CmdCall, SaysWhyItCannot)
 
 TEST(CmdCallWithoutADaemon, ListsAndCompletes)
 {
-    EXPECT_THAT(tool("list vhw").out, StartsWith("Family  Number  Function"));
+    EXPECT_THAT(tool("list vhw").out, StartsWith("FAMILY  NUMBER  FUNCTION"));
     EXPECT_THAT(tool("list --json").out, HasSubstr("\"function\": \"diag-shell\",\n    \"timeout_s\": 32000"));
     const auto completed = [](const std::string &words) {
         return run_command("bash -c 'PATH=$(dirname " SWITCHCFG_TOOL "):$PATH; . " SWITCHCFG_COMPLETION

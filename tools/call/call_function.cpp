@@ -98,11 +98,16 @@ void add_function_commands(CLI::App &app)
     for (const Family &family : families()) {
         auto *command = app.add_subcommand(family.name, family.about);
         auto call = std::make_shared<Call>();
-        command->add_option("FUNCTION", call->function, "Its name or number: see switchcfg call list")->required();
-        command->add_option("ARGS", call->arguments, "Up to four numbers, 0 where there is none")->expected(0, 4);
-        command->add_option("--input", call->input, "A file, - for standard input, hexadecimal bytes, or text:TEXT");
+        command->add_option("function", call->function, "Its name or number: see switchcfg call list")->required();
+        command->add_option("arguments", call->arguments, "Up to four numbers, 0 where there is none");
+        command->add_option("--input", call->input, "A file, - for standard input, hexadecimal digits, or text:TEXT");
         command->add_option("--output", call->output, "Write the output to this file, - for standard output alone");
-        command->callback([call, &family] { run_call(family, *call); });
+        command->callback([call, &family] {
+            if (call->arguments.size() > Arguments{}.size()) {
+                throw CLI::ValidationError{"arguments", "four at most"};
+            }
+            run_call(family, *call);
+        });
     }
 }
 

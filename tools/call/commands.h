@@ -3,6 +3,7 @@
 #define SWITCHCFG_TOOLS_CALL_COMMANDS_H
 
 #include "tools/call/functions.h"
+#include "tools/examples.h"
 
 #include <CLI/CLI.hpp>
 
@@ -11,6 +12,7 @@ namespace switchcfg::tool {
 void add_function_commands(CLI::App &app);
 void add_list_command(CLI::App &app);
 void add_stats_command(CLI::App &app);
+std::span<const Example> call_examples();
 
 // Throws Failure when the result says that the function did not do it.
 void require_success(const std::string &what, const Outcome &outcome);

@@ -11,9 +11,9 @@ std::vector<std::string> completion_values(
 {
     std::vector<std::string> values;
     for (const Family &family : families()) {
-        if (path == "list" && positional == "FAMILY") {
+        if (path == "list" && positional == "family") {
             values.emplace_back(family.name);
-        } else if (path == family.name && positional == "FUNCTION") {
+        } else if (path == family.name && positional == "function") {
             const google::protobuf::EnumDescriptor &numbers = *family.numbers();
             for (int i = 0; i < numbers.value_count(); ++i) {
                 values.push_back(function_name(family, *numbers.value(i)));

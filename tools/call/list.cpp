@@ -11,7 +11,7 @@ namespace {
 void list(const std::string &only)
 {
     Json json = Json::array();
-    Table table{{"Family", "Number", "Function", "Time-out"}};
+    Table table{{"FAMILY", "NUMBER", "FUNCTION", "TIME-OUT"}};
     for (const Family &family : families()) {
         if (!only.empty() && only != family.name) {
             continue;
@@ -39,7 +39,7 @@ void add_list_command(CLI::App &app)
     for (const Family &each : families()) {
         known.emplace_back(each.name);
     }
-    command->add_option("FAMILY", *family, "Only this one")->check(CLI::IsMember(known));
+    command->add_option("family", *family, "Only this one")->check(CLI::IsMember(known));
     command->callback([=] { list(*family); });
 }
 

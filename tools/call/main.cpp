@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // switchcfg-call: what `switchcfg call` runs.
 #include "tools/call/commands.h"
+#include "tools/examples.h"
 #include "tools/run.h"
 
 // NOLINTNEXTLINE(bugprone-exception-escape): without memory for its own options the tool can only end
@@ -16,5 +17,6 @@ int main(int argc, char **argv)
     add_function_commands(app);
     add_list_command(app);
     add_stats_command(app);
+    add_examples(app, call_examples());
     return run(app, argc, argv);
 }
