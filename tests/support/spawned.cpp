@@ -24,9 +24,11 @@ Spawned::Spawned(std::initializer_list<std::string> arguments)
     if (::posix_spawnp(&pid_, argv[0], nullptr, nullptr, argv.data(), environ) != 0) {
         std::abort();
     }
-    // The new program's arguments appear a moment after the call returns.
+    // The new program's arguments appear a moment after the call returns; never, when it has ended by then.
     const std::string command_line = "/proc/" + std::to_string(pid_) + "/cmdline";
-    while (std::ifstream{command_line}.peek() == std::ifstream::traits_type::eof()) {
+    siginfo_t ended{};
+    while (std::ifstream{command_line}.peek() == std::ifstream::traits_type::eof() &&
+           ::waitid(P_PID, static_cast<id_t>(pid_), &ended, WEXITED | WNOWAIT | WNOHANG) == 0 && ended.si_pid == 0) {
         ::sched_yield();
     }
 }

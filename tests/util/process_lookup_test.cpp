@@ -103,8 +103,8 @@ TEST(ProcessLookup, CommandLineIsJoinedAndCut)
     const Spawned empty_argument{"sh", "-c", "sleep 100; :", "", "last"};
     EXPECT_EQ(text(pid_cmdline(empty_argument.pid())), "sh -c sleep 100; :  last");
     const std::string longest(300, '1');
-    const Spawned cut{"sleep", "100", longest};
-    EXPECT_EQ(text(pid_cmdline(cut.pid())), ("sleep 100 " + longest).substr(0, 256));
+    const Spawned cut{"sh", "-c", "sleep 100; :", longest};
+    EXPECT_EQ(text(pid_cmdline(cut.pid())), ("sh -c sleep 100; : " + longest).substr(0, 256));
 }
 
 TEST(ProcessLookup, ZombieHasANameButNoCommandLine)
