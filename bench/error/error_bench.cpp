@@ -17,6 +17,7 @@ std::array<const char *, 512> table;
 {
     return table[index];
 }
+
 // Calls with numbers from 0 to below `count`, a power of 2.
 template<typename Call>
 auto over_numbers(unsigned count, Call call)
@@ -37,28 +38,29 @@ void beside_one_load(benchmark::State &state, const char *title, unsigned count,
 
 void error_message(benchmark::State &state)
 {
-    beside_one_load(state, "`cfg_strerror`", 512, [](unsigned code) { return cfg_strerror(-static_cast<int>(code)); });
+    beside_one_load(state, "`cfg_strerror`", 512,
+        [call = through_pointer(cfg_strerror)](unsigned code) { return call(-static_cast<int>(code)); });
 }
 SWITCHCFG_ROW(error_message);
 
 void error_from_bcm(benchmark::State &state)
 {
     beside_one_load(state, "error code of the switch chip's kit", 32,
-        [](unsigned code) { return cfg_error_from_bcm(-static_cast<int>(code)); });
+        [call = through_pointer(cfg_error_from_bcm)](unsigned code) { return call(-static_cast<int>(code)); });
 }
 SWITCHCFG_ROW(error_from_bcm);
 
 void error_from_stp(benchmark::State &state)
 {
     beside_one_load(state, "error code of spanning tree", 64,
-        [](unsigned code) { return cfg_error_from_stp(static_cast<int>(code)); });
+        [call = through_pointer(cfg_error_from_stp)](unsigned code) { return call(static_cast<int>(code)); });
 }
 SWITCHCFG_ROW(error_from_stp);
 
 void error_from_psm(benchmark::State &state)
 {
     beside_one_load(state, "error code of the power-supply manager", 8,
-        [](unsigned code) { return cfg_error_from_psm(-1000 - static_cast<int>(code)); });
+        [call = through_pointer(cfg_error_from_psm)](unsigned code) { return call(-1000 - static_cast<int>(code)); });
 }
 SWITCHCFG_ROW(error_from_psm);
 

@@ -80,6 +80,22 @@ struct MeasuredBatch final : Batch {
     Measure measure;
 };
 
+// Zero, but not before `result` is there: with it in the next argument a call waits for the answer to the last one, as
+// a caller does that needs the answer to go on.
+template<typename Result>
+std::uint32_t zero_after(Result result)
+{
+    if constexpr (std::is_pointer_v<Result>) {
+        auto bits = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(result));
+        benchmark::DoNotOptimize(bits);
+        return static_cast<std::uint32_t>(bits >> 63);
+    } else {
+        std::uint64_t bits = static_cast<std::uint32_t>(result);
+        benchmark::DoNotOptimize(bits);
+        return static_cast<std::uint32_t>(bits >> 32);
+    }
+}
+
 // A function of this program as one of the library is called: through a pointer that is not known before the program
 // runs.
 template<typename Function>
