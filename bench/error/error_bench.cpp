@@ -45,22 +45,22 @@ SWITCHCFG_ROW(error_message);
 
 void error_from_bcm(benchmark::State &state)
 {
-    beside_one_load(state, "error code of the switch chip's kit", 32,
+    beside_one_load(state, "error code of the switch chip's kit", 16,
         [call = through_pointer(cfg_error_from_bcm)](unsigned code) { return call(-static_cast<int>(code)); });
 }
 SWITCHCFG_ROW(error_from_bcm);
 
 void error_from_stp(benchmark::State &state)
 {
-    beside_one_load(state, "error code of spanning tree", 64,
+    beside_one_load(state, "error code of spanning tree", 32,
         [call = through_pointer(cfg_error_from_stp)](unsigned code) { return call(static_cast<int>(code)); });
 }
 SWITCHCFG_ROW(error_from_stp);
 
 void error_from_psm(benchmark::State &state)
 {
-    beside_one_load(state, "error code of the power-supply manager", 8,
-        [call = through_pointer(cfg_error_from_psm)](unsigned code) { return call(-1000 - static_cast<int>(code)); });
+    beside_one_load(state, "error code of the power-supply manager", 4,
+        [call = through_pointer(cfg_error_from_psm)](unsigned code) { return call(-1001 - static_cast<int>(code)); });
 }
 SWITCHCFG_ROW(error_from_psm);
 
