@@ -106,22 +106,6 @@ Function through_pointer(Function function)
     return slot;
 }
 
-// Zero, which the processor finds out only when it has the result: what is computed with it waits for the call before.
-// Otherwise calls of a few loads overlap, on one side more than on the other.
-template<typename Result>
-unsigned zero_after(Result result)
-{
-    std::uintptr_t bits = 0;
-    if constexpr (std::is_pointer_v<Result>) {
-        bits = reinterpret_cast<std::uintptr_t>(result);
-    } else {
-        bits = static_cast<std::uintptr_t>(result);
-    }
-    std::uintptr_t none = 0;
-    asm("" : "+r"(none)); // the compiler must not know that either
-    return static_cast<unsigned>(bits & none);
-}
-
 template<typename Floor, typename Thing>
 void compare(benchmark::State &state, const Row &row, Floor floor, Thing thing, std::int64_t most = INT64_MAX)
 {
