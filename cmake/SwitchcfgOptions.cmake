@@ -46,11 +46,11 @@ if(SWITCHCFG_SANITIZE)
     target_link_options(switchcfg-settings INTERFACE -fsanitize=${SWITCHCFG_SANITIZE})
 endif()
 
-# switchcfg_command(TARGET): a program with command-line arguments. It needs no more than -O1, which halves what the compiler
-# spends on the argument parser.
+# switchcfg_command(TARGET): a program with command-line arguments. It needs no more than -O1, and of the debug information
+# the lines: each halves what the compiler spends on the argument parser.
 function(switchcfg_command target)
     target_link_libraries(${target} PRIVATE CLI11::CLI11 nlohmann_json::nlohmann_json)
-    target_compile_options(${target} PRIVATE -O1)
+    target_compile_options(${target} PRIVATE -O1 $<$<CONFIG:RelWithDebInfo>:-g1>)
     # Every file that includes the argument parser compiles it whole, ten seconds each.
     if(SWITCHCFG_UNITY)
         set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 12)
