@@ -21,7 +21,7 @@ if(SWITCHCFG_LTO)
     set_target_properties(switchcfg PROPERTIES INTERPROCEDURAL_OPTIMIZATION_RELEASE ON)
     target_link_options(switchcfg PRIVATE "$<$<CONFIG:Release>:-Os;-fpic>")
     # Else the compiler would take the library's own definition of what a program may define itself.
-    set_source_files_properties(log/default_vxlog.cpp equip/chassis_constants.cpp PROPERTIES COMPILE_OPTIONS -fno-lto)
+    set_source_files_properties(log/default_vxlog.cpp equip/chassis_constants.cpp core/debug_lines.cpp PROPERTIES COMPILE_OPTIONS -fno-lto)
 endif()
 # Calls inside the library stay inside, except for what a program may define itself (host-provided.list). Exported data
 # is reached through the GOT all the same, since a program that is not position independent has its own copy.
