@@ -13,9 +13,11 @@ target_compile_options(switchcfg PRIVATE
     -fno-semantic-interposition
     -fasynchronous-unwind-tables -ffunction-sections -fdata-sections
     $<$<BOOL:${SWITCHCFG_DEBUG_INFO}>:-g>)
-# A release is built for size, as one program: what answers from memory folds to a load or two all the same, because all of
-# core/field.h is inlined. -fpic: the target has a short way to a table of addresses below 64 KiB. docs/footprint.md has
-# the figures.
+# A release is built for size: what answers from memory folds to a load or two all the same, because all of core/field.h is
+# inlined. What searches tables for every packet or port is the exception. -fpic: the target has a short way to a
+# table of addresses below 64 KiB. docs/footprint.md has the figures.
+set_source_files_properties(core/status_lookup.cpp equip/port_conversion.cpp PROPERTIES
+    COMPILE_OPTIONS $<$<CONFIG:Release>:-O2>)
 target_compile_options(switchcfg PRIVATE "$<$<CONFIG:Release>:-Os;-fpic>")
 if(SWITCHCFG_LTO)
     set_target_properties(switchcfg PROPERTIES INTERPROCEDURAL_OPTIMIZATION_RELEASE ON)
