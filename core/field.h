@@ -35,8 +35,12 @@ struct FieldInfo {
     Dimension dimensions[2] = {};
     bool shares_storage = false; // a second name, on purpose, for bytes that another field names too
 
-    [[gnu::always_inline]] constexpr std::uint32_t count() const noexcept { return dimensions[0].count * dimensions[1].count; }
-    [[gnu::always_inline]] constexpr std::uint32_t place_of(std::uint32_t first = 0, std::uint32_t second = 0) const noexcept
+    [[gnu::always_inline]] constexpr std::uint32_t count() const noexcept
+    {
+        return dimensions[0].count * dimensions[1].count;
+    }
+    [[gnu::always_inline]] constexpr std::uint32_t place_of(
+        std::uint32_t first = 0, std::uint32_t second = 0) const noexcept
     {
         // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult): the analyser does not see the base set
         return offset + first * dimensions[0].stride + second * dimensions[1].stride;

@@ -1,12 +1,10 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /*
- * What the library costs a process, seen from inside one. scripts/footprint compiles it twice: with SWITCHCFG_FLOOR it is
- * the same program without the library, linked with libc and zlib only.
- *   probe start     ends at once
- *   probe init      cfg_init; two impossible close() calls stand before and behind it in a trace
- *   probe memory    prints the process's private dirty KiB, by mapping and in all; shared files are left out
- *   probe time ROUNDS STARTS PROGRAM ARGUMENT [PROGRAM ARGUMENT]...
- *                   prints microseconds from start to exit of each, the best round of STARTS
+ * What the library costs a process, seen from inside one. scripts/footprint compiles it twice: with SWITCHCFG_FLOOR it
+ * is the same program without the library, linked with libc and zlib only. probe start     ends at once probe init
+ * cfg_init; two impossible close() calls stand before and behind it in a trace probe memory    prints the process's
+ * private dirty KiB, by mapping and in all; shared files are left out probe time ROUNDS STARTS PROGRAM ARGUMENT
+ * [PROGRAM ARGUMENT]... prints microseconds from start to exit of each, the best round of STARTS
  */
 #include <spawn.h>
 #include <stdio.h>
@@ -79,8 +77,8 @@ static int start_times(int rounds, int starts, char **programs)
             for (int start = 0; start < starts; ++start) {
                 pid_t child;
                 int status;
-                if (posix_spawn(&child, program[0], NULL, NULL, arguments, environ) != 0 || waitpid(child, &status, 0) != child ||
-                    status != 0) {
+                if (posix_spawn(&child, program[0], NULL, NULL, arguments, environ) != 0 ||
+                    waitpid(child, &status, 0) != child || status != 0) {
                     fprintf(stderr, "%s %s failed\n", program[0], program[1]);
                     return 1;
                 }
