@@ -60,7 +60,7 @@ std::set<std::string> mounts_of(const std::string &process)
         std::string device;
         std::string place;
         words >> skipped >> skipped >> device >> skipped >> place;
-        all.insert(device + " on " + place);
+        all.insert(device.append(" on ").append(place));
     }
     return all;
 }
