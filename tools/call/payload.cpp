@@ -42,7 +42,8 @@ bool read_hex(std::string_view digits, std::string &bytes)
 
 bool is_printable(char c)
 {
-    return c >= ' ' && c != '\x7f';
+    const auto code = static_cast<unsigned char>(c); // the target's char has no sign
+    return code >= ' ' && code < 0x7f;
 }
 
 } // namespace
@@ -119,7 +120,7 @@ std::string hex_dump(const std::string &bytes)
         }
         text += "  ";
         for (const char c : line) {
-            text += is_printable(c) && static_cast<unsigned char>(c) < 0x80 ? c : '.';
+            text += is_printable(c) ? c : '.';
         }
         text += '\n';
     }
