@@ -16,7 +16,7 @@ target_compile_options(switchcfg PRIVATE
 # A release is built for size: what answers from memory folds to a load or two all the same, because all of core/field.h is
 # inlined. What searches tables for every packet or port is the exception. -fpic: the target has a short way to a
 # table of addresses below 64 KiB. docs/footprint.md has the figures.
-set_source_files_properties(core/status_lookup.cpp equip/port_conversion.cpp PROPERTIES
+set_source_files_properties(core/status_lookup.cpp equip/port_conversion.cpp log/trap_queue.cpp PROPERTIES
     COMPILE_OPTIONS $<$<CONFIG:Release>:-O2>)
 target_compile_options(switchcfg PRIVATE "$<$<CONFIG:Release>:-Os;-fpic>")
 if(SWITCHCFG_LTO)
