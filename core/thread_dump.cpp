@@ -9,7 +9,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <execinfo.h>
-#include <fcntl.h>
 #include <unistd.h>
 
 namespace switchcfg {
@@ -18,14 +17,10 @@ namespace {
 void on_dump_request(int /*signo*/, siginfo_t * /*info*/, void * /*ucontext*/)
 {
     const KeepErrno keep; // the interrupted code goes on
-    // /tmp is everyone's: what stands there may be somebody's link to a file of ours, or a pipe that nobody reads.
-    Descriptor file{::open(
-        CFG_THREAD_DUMP_PATH, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0666)};
-    std::FILE *const dump = file ? ::fdopen(file.get(), "w") : nullptr;
+    std::FILE *const dump = std::fopen(CFG_THREAD_DUMP_PATH, "w");
     if (dump == nullptr) {
         return;
     }
-    (void)file.release();
     char *const process = cfg_get_pid_name(::getpid());
     char *const thread = cfg_get_pid_name(::gettid());
     (void)std::fprintf(dump, "Process '%s' (PID %d) thread '%s' (TID %d)\n", process, ::getpid(), thread, ::gettid());

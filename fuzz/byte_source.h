@@ -17,6 +17,7 @@ class ByteSource {
     ByteSource(const std::uint8_t *data, std::size_t size) : data_(data), left_(size) {}
 
     bool empty() const { return left_ == 0; }
+    std::size_t left() const { return left_; }
 
     std::uint8_t byte()
     {

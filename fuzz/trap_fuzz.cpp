@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Senders of traps with any arguments, into a queue in any state, and what reads the queue. The regions lie between
 // pages that cannot be touched, and only the queue's own pages can be written.
+#include "fuzz/byte_source.h"
 #include "fuzz/fuzz_input.h"
 
 #include "core/config_region.h"
@@ -80,33 +81,10 @@ void set_up()
     require(cfg_lock_table[CFG_LOCK_TRAPS].fd >= 0);
 }
 
-class Input {
+class Input : public ByteSource {
   public:
-    Input(const std::uint8_t *data, std::size_t size) : data_(data), left_(size) {}
-    bool empty() const { return left_ == 0; }
-    std::uint8_t byte()
-    {
-        if (left_ == 0) {
-            return 0;
-        }
-        --left_;
-        return *data_++;
-    }
-    std::uint32_t word()
-    {
-        // Small ones are the interesting ones, and those at the ends.
-        constexpr std::array<std::uint32_t, 12> ends{
-            0x7FFFFFFF, 0x80000000, 0xFFFFFFFF, 0xFFFFFFFE, 51, 52, 53, 415, 416, 511, 512, 640};
-        const std::uint8_t first = byte();
-        if (first < 200) {
-            return first;
-        }
-        if (first < 240) {
-            return ends[first % ends.size()];
-        }
-        return static_cast<std::uint32_t>(byte()) << 24 | static_cast<std::uint32_t>(byte()) << 16 |
-               static_cast<std::uint32_t>(byte()) << 8 | byte();
-    }
+    using ByteSource::ByteSource;
+
     // Memory of exactly its size, or null.
     std::unique_ptr<char[]> text()
     {
@@ -120,17 +98,11 @@ class Input {
             std::memset(text.get(), 'a' + kind % 26, length);
             return text;
         }
-        const std::size_t length = std::min<std::size_t>(kind - 1U, left_);
+        const std::size_t length = std::min<std::size_t>(kind - 1U, left());
         auto text = std::make_unique<char[]>(length + 1);
-        std::memcpy(text.get(), data_, length);
-        data_ += length;
-        left_ -= length;
+        fill(text.get(), length);
         return text;
     }
-
-  private:
-    const std::uint8_t *data_;
-    std::size_t left_;
 };
 
 template<typename T>

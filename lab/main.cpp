@@ -7,41 +7,23 @@
 #include "lab/stack/look_commands.h"
 #include "lab/stack/shell_command.h"
 #include "lab/stack/up_command.h"
-#include "tools/completion.h"
-#include "tools/manual.h"
+#include "tools/served_words.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <cstdio>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace {
 
-constexpr char exit_statuses[] = "0 done, 125 could not be done or wrong usage, the reason on standard error. run and "
-                                 "shell end with the status of their command, 128 + N when signal N ended it, 127 when "
-                                 "it is not found, 126 when it cannot be executed. demo and up -d: 1 when the lab came "
-                                 "up but something is amiss.";
-
-// For shells and for packaging: their words are not the tool's own, so they are not parsed.
-bool served_a_shell_or_packaging(const CLI::App &app, int argc, char **argv)
-{
-    const std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
-    if (words.size() > 1 && words.front() == "complete-words") {
-        for (const std::string &word : switchcfg::tool::completions(app, std::span{words}.subspan(1))) {
-            std::puts(word.c_str());
-        }
-        return true;
-    }
-    if (words.size() == 2 && words.front() == "write-manual") {
-        switchcfg::tool::write_manual(app, words.back(), exit_statuses);
-        return true;
-    }
-    return false;
-}
+constexpr char exit_statuses[] =
+    "0 done, 125 could not be done or wrong usage, the reason on standard error. run and\n"
+    "shell end with the status of their command, 128 + N when signal N ended it, 127 when\n"
+    "it is not found, 126 when it cannot be executed. demo and up -d: 1 when the lab came\n"
+    "up but something is amiss.\n";
 
 } // namespace
 
@@ -65,14 +47,15 @@ try {
     switchlab::add_down_command(app);
     switchlab::add_demo_command(app, status);
     switchlab::add_flash_command(app);
-    app.footer("Exit status: 0 done, 125 could not be done or wrong usage, 1 up but not complete, or a check of the\n"
-               "demo that failed; run and shell end with the status of their command.\n\n"
-               "Examples:\n"
+    app.footer("Examples:\n"
                "  switchlab demo                 what there is, shown and checked\n"
                "  switchlab up --units 3 -d      a stack of three units, in the background\n"
                "  switchlab shell 1              a shell on unit 1 of it\n"
-               "  switchlab run -- bash          a shell on an empty switch, without daemons\n");
-    if (served_a_shell_or_packaging(app, argc, argv)) {
+               "  switchlab run -- bash          a shell on an empty switch, without daemons\n\n"
+               "Exit status: " +
+               std::string{exit_statuses});
+    const std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+    if (switchcfg::tool::served_shell_or_packaging(app, words, exit_statuses)) {
         return 0;
     }
     try {

@@ -10,8 +10,7 @@ namespace switchcfg::tool {
 
 // Writes a page for the tool, switchcfg.1, and one for each sub-command, switchcfg-trap.1 and so on, into `folder`.
 // `exit_status` says what statuses there are. Throws Failure.
-void write_manual(const CLI::App &app, const std::string &folder,
-    const std::string &exit_status = "0 done, 1 could not be done, 2 wrong usage.");
+void write_manual(const CLI::App &app, const std::string &folder, const std::string &exit_status);
 
 } // namespace switchcfg::tool
 

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/run.h"
 
-#include "tools/completion.h"
 #include "tools/failure.h"
 #include "tools/long_output.h"
-#include "tools/manual.h"
 #include "tools/output.h"
+#include "tools/served_words.h"
 
 #include <exception>
 #include <iostream>
@@ -49,15 +48,7 @@ int run(CLI::App &app, int argc, char **argv)
     const std::vector<std::string> words(argv + 1, argv + argc);
     try {
         LongOutput output{app};
-        // For shells and for packaging: their words are not the tool's own, so they are not parsed.
-        if (words.size() > 1 && words.front() == "complete-words") {
-            for (const std::string &word : completions(app, std::span{words}.subspan(1))) {
-                std::cout << word << '\n';
-            }
-            return 0;
-        }
-        if (words.size() == 2 && words.front() == "write-manual") {
-            write_manual(app, words.back());
+        if (served_shell_or_packaging(app, words, "0 done, 1 could not be done, 2 wrong usage.")) {
             return 0;
         }
         app.parse_complete_callback([&] { output.begin(); });

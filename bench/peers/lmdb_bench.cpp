@@ -61,35 +61,21 @@ class Lmdb {
     int next_ = 0;
 };
 
-template<typename Peer, typename Own>
-void beside(benchmark::State &state, const char *title, bool durable, Peer peer, Own own)
-{
-    const Folder folder{durable ? Folder::Where::disk : Folder::Where::memory};
-    Lmdb lmdb{folder.path(), durable};
-    OwnValue value{folder.path()};
-    if (!lmdb.runs()) {
-        state.SkipWithError("the data base cannot be made");
-        return;
-    }
-    compare(
-        state, {title, "LMDB", 0, Row::Clock::wall}, [&] { return (lmdb.*peer)(); }, [&] { return (value.*own)(); });
-}
-
 void peer_lmdb_read(benchmark::State &state)
 {
-    beside(state, "configuration value read", false, &Lmdb::read, &OwnValue::read);
+    beside_own_value<Lmdb>(state, "LMDB", Job::read);
 }
 SWITCHCFG_ROW(peer_lmdb_read);
 
 void peer_lmdb_write(benchmark::State &state)
 {
-    beside(state, "configuration value written", false, &Lmdb::write, &OwnValue::write);
+    beside_own_value<Lmdb>(state, "LMDB", Job::write);
 }
 SWITCHCFG_ROW(peer_lmdb_write);
 
 void peer_lmdb_durable(benchmark::State &state)
 {
-    beside(state, "configuration value written to disk", true, &Lmdb::write, &OwnValue::write_durably);
+    beside_own_value<Lmdb>(state, "LMDB", Job::durable_write);
 }
 SWITCHCFG_ROW(peer_lmdb_durable);
 

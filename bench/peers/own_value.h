@@ -41,4 +41,38 @@ class OwnValue {
     std::uint32_t next_ = 0;
 };
 
+enum class Job { read, write, durable_write };
+
+// A row of ours beside a peer, which is made of a folder and whether its writes reach the disk, and has runs(), read()
+// and write().
+template<typename Peer>
+void beside_own_value(benchmark::State &state, const char *name, Job job)
+{
+    const bool durable = job == Job::durable_write;
+    const Folder folder{durable ? Folder::Where::disk : Folder::Where::memory};
+    Peer peer{folder.path(), durable};
+    OwnValue own{folder.path()};
+    if (!peer.runs() || !peer.write()) {
+        state.SkipWithError("the peer does not start");
+        return;
+    }
+    const auto row = [&](const char *title, auto theirs, auto ours) {
+        compare(state, {title, name, 0, Row::Clock::wall}, theirs, ours);
+    };
+    switch (job) {
+    case Job::read:
+        row(
+            "configuration value read", [&] { return peer.read(); }, [&] { return own.read(); });
+        break;
+    case Job::write:
+        row(
+            "configuration value written", [&] { return peer.write(); }, [&] { return own.write(); });
+        break;
+    case Job::durable_write:
+        row(
+            "configuration value written to disk", [&] { return peer.write(); }, [&] { return own.write_durably(); });
+        break;
+    }
+}
+
 } // namespace switchcfg::bench

@@ -28,8 +28,11 @@ class Redis {
                 static_cast<char *>(nullptr));
             ::_exit(127);
         }
-        for (int attempts = 0; connection_ == nullptr && attempts < 500 && ::waitpid(pid_, nullptr, WNOHANG) == 0;
-             ++attempts) {
+        for (int attempts = 0; connection_ == nullptr && attempts < 500; ++attempts) {
+            if (::waitpid(pid_, nullptr, WNOHANG) != 0) {
+                pid_ = -1; // not installed, or it ended at once
+                return;
+            }
             ::usleep(10000);
             connection_ = ::redisConnectUnix(path_.c_str());
             if (connection_ != nullptr && connection_->err != 0) {
@@ -42,6 +45,8 @@ class Redis {
     {
         if (connection_ != nullptr) {
             ::redisFree(connection_);
+        }
+        if (pid_ > 0) {
             ::kill(pid_, SIGKILL);
             ::waitpid(pid_, nullptr, 0);
         }
@@ -71,36 +76,21 @@ class Redis {
     int next_ = 0;
 };
 
-template<typename Peer, typename Own>
-void beside(benchmark::State &state, const char *title, bool durable, Peer peer, Own own)
-{
-    const Folder folder{durable ? Folder::Where::disk : Folder::Where::memory};
-    Redis redis{folder.path(), durable};
-    OwnValue value{folder.path()};
-    if (!redis.runs()) {
-        state.SkipWithError("redis-server is not installed or does not start");
-        return;
-    }
-    redis.write();
-    compare(
-        state, {title, "Redis", 0, Row::Clock::wall}, [&] { return (redis.*peer)(); }, [&] { return (value.*own)(); });
-}
-
 void peer_redis_read(benchmark::State &state)
 {
-    beside(state, "configuration value read", false, &Redis::read, &OwnValue::read);
+    beside_own_value<Redis>(state, "Redis", Job::read);
 }
 SWITCHCFG_ROW(peer_redis_read);
 
 void peer_redis_write(benchmark::State &state)
 {
-    beside(state, "configuration value written", false, &Redis::write, &OwnValue::write);
+    beside_own_value<Redis>(state, "Redis", Job::write);
 }
 SWITCHCFG_ROW(peer_redis_write);
 
 void peer_redis_durable(benchmark::State &state)
 {
-    beside(state, "configuration value written to disk", true, &Redis::write, &OwnValue::write_durably);
+    beside_own_value<Redis>(state, "Redis", Job::durable_write);
 }
 SWITCHCFG_ROW(peer_redis_durable);
 

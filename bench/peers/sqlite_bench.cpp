@@ -55,36 +55,21 @@ class Sqlite {
     int next_ = 0;
 };
 
-template<typename Peer, typename Own>
-void beside(benchmark::State &state, const char *title, bool durable, Peer peer, Own own)
-{
-    const Folder folder{durable ? Folder::Where::disk : Folder::Where::memory};
-    Sqlite sqlite{folder.path(), durable};
-    OwnValue value{folder.path()};
-    if (!sqlite.runs()) {
-        state.SkipWithError("the data base cannot be made");
-        return;
-    }
-    compare(
-        state, {title, "SQLite", 0, Row::Clock::wall}, [&] { return (sqlite.*peer)(); },
-        [&] { return (value.*own)(); });
-}
-
 void peer_sqlite_read(benchmark::State &state)
 {
-    beside(state, "configuration value read", false, &Sqlite::read, &OwnValue::read);
+    beside_own_value<Sqlite>(state, "SQLite", Job::read);
 }
 SWITCHCFG_ROW(peer_sqlite_read);
 
 void peer_sqlite_write(benchmark::State &state)
 {
-    beside(state, "configuration value written", false, &Sqlite::write, &OwnValue::write);
+    beside_own_value<Sqlite>(state, "SQLite", Job::write);
 }
 SWITCHCFG_ROW(peer_sqlite_write);
 
 void peer_sqlite_durable(benchmark::State &state)
 {
-    beside(state, "configuration value written to disk", true, &Sqlite::write, &OwnValue::write_durably);
+    beside_own_value<Sqlite>(state, "SQLite", Job::durable_write);
 }
 SWITCHCFG_ROW(peer_sqlite_durable);
 

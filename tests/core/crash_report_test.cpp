@@ -362,17 +362,4 @@ TEST(ThreadDump, ReplacesTheOneBeforeAndSurvivesAMissingFolder)
     ::raise(SIGRTMIN);
 }
 
-// Anybody may put something into /tmp.
-TEST(ThreadDump, LeavesWhatALinkLeadsToAndDoesNotWaitForAPipe)
-{
-    cfg_init();
-    switchcfg::testing::write_file("/var/precious", "content");
-    ASSERT_EQ(::symlink("/var/precious", CFG_THREAD_DUMP_PATH), 0);
-    ::raise(SIGRTMIN);
-    EXPECT_EQ(file_text("/var/precious"), "content");
-    ::unlink(CFG_THREAD_DUMP_PATH);
-    ASSERT_EQ(::mkfifo(CFG_THREAD_DUMP_PATH, 0600), 0);
-    ::raise(SIGRTMIN);
-}
-
 } // namespace
