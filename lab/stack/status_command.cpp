@@ -53,13 +53,14 @@ ordered_json part_entry(const LabPart &part, const ProcessTree &tree)
         entry["unit"] = part.number;
     }
     entry["name"] = part.name;
-    entry["state"] = part.stage;
+    // The lab tells a little later that a unit has ended; nobody may take a dead one for ready.
+    const int first = std::max(pid_of(part.process), 0);
+    entry["state"] = part.process && first == 0 ? "going off" : part.stage;
     for (const char *key : {"model", "model_name", "management", "control", "stacking"}) {
         if (part.about.contains(key)) {
             entry[key] = part.about[key];
         }
     }
-    const int first = pid_of(part.process);
     entry["host_pid"] = first;
     entry["daemons"] = daemons_of(part, tree.below(first));
     return entry;
