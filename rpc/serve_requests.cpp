@@ -136,6 +136,7 @@ void Serving::send_reply(Message &sender, Reply reply, const google::protobuf::M
     if (message != nullptr) {
         message->SerializeWithCachedSizesToArray(frame.data() + reply_head);
     }
+    last_sent_ms_ = monotonic_ms();
     void *const socket = requests_.socket.get();
     if (payload > large_reply || ++sent_ % replies_between_looks == 0) {
         int events = 0;

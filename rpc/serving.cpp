@@ -2,6 +2,7 @@
 #include "rpc/serving.h"
 
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <pthread.h>
 #include <sys/eventfd.h>
@@ -18,6 +19,7 @@ constexpr std::uint64_t pending_limit = 2 * std::uint64_t{max_frame};
 constexpr std::uint64_t pending_limit_total = std::uint64_t{64} << 20;
 constexpr std::size_t handshake_size = 1024; // longer than any probe; the limit counts for what is said first too
 constexpr std::uint64_t probes_pending_limit = 65536;
+constexpr std::uint64_t farewell_ms = 200; // for the peer of the last reply to take it
 
 thread_local bool serving_here = false;
 
@@ -219,7 +221,12 @@ void Serving::finish() noexcept
         }
     }
     if (started_) {
-        // The last reply may still be on its way.
+        // The last reply may still be on its way. A peer to which it comes together with the end of the connection
+        // finds only the end: ZeroMQ drops what a socket with ZMQ_IMMEDIATE has not handed out when its connection
+        // ends.
+        if (const std::uint64_t age = monotonic_ms() - last_sent_ms_; age < farewell_ms) {
+            std::this_thread::sleep_for(std::chrono::milliseconds{farewell_ms - age});
+        }
         set_option(requests_.socket.get(), ZMQ_LINGER, 1000);
         waker_.reset();
         for (Port *const port : {&requests_, &keep_alive_}) {

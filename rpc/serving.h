@@ -98,6 +98,7 @@ class Serving : public std::enable_shared_from_this<Serving> {
     std::deque<Held> held_;
     std::size_t held_bytes_ = 0;
     unsigned sent_ = 0;
+    std::uint64_t last_sent_ms_ = 0;
 
     std::mutex keep_alive_time_use_;
     std::uint32_t *keep_alive_time_ = nullptr;

@@ -28,6 +28,7 @@ using switchcfg::testing::Daemon;
 using switchcfg::testing::file_text;
 using switchcfg::testing::Link;
 using switchcfg::testing::Peer;
+using ::testing::AnyOf;
 using ::testing::HasSubstr;
 namespace rpc = switchcfg::rpc;
 
@@ -145,7 +146,8 @@ TEST_F(Bcmd, PrintsItsStatisticsOnRequestAndLeavesInTheMiddleOfACall)
     EXPECT_THAT(printed, HasSubstr("There are pending operations. Last keep alive message sent "));
     EXPECT_EQ(::kill(daemon_.pid(), SIGTERM), 0);
     EXPECT_EQ(daemon_.exit_status(), 0);
-    EXPECT_EQ(WEXITSTATUS(caller.join()), 31) << "the call ended with a result";
+    // Its result, or that the daemon is gone when the caller had no turn between the two.
+    EXPECT_THAT(WEXITSTATUS(caller.join()), AnyOf(31, 37));
 }
 
 // Bare frames to the daemon's port.
