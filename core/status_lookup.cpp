@@ -169,7 +169,8 @@ int status_modid_port_to_phys_unit_port(int modid, int port, int *punit, int *pp
     }
     const bool second = chip.modids() >= 2 && modid % 2 != 0;
     *punit = chip.physical_unit();
-    *pport = second ? port + ports_of_first_modid : port;
+    // No port is refused, so the sum may wrap.
+    *pport = second ? static_cast<int>(static_cast<unsigned>(port) + unsigned{ports_of_first_modid}) : port;
     return 0;
 }
 

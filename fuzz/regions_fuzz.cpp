@@ -232,8 +232,7 @@ constexpr void (*lookups[])(ByteSource &) = {texts, bitmaps, others, call<cfg_eq
     call<cfg_equip_user_to_phys_port_tq5200>, call<cfg_equip_phys_to_user_port_tq5200>,
     call<status_unit_phys_to_slot_index>, call<cfg_equip_port_to_fpga_tx_disable_bit_tq5200>,
     call<cfg_equip_get_number_of_user_interfaces>, call<cfg_equip_is_cpu_phys_port>,
-    call<cfg_equip_phys_to_user_unit_tq5200>, call<cfg_equip_is_port_fpga_first_tq5200>,
-    call<cfg_equip_get_stack_port_num_tq5200>};
+    call<cfg_equip_phys_to_user_unit_tq5200>, call<cfg_equip_is_port_fpga_first_tq5200>};
 
 } // namespace
 

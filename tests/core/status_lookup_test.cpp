@@ -141,6 +141,8 @@ TEST_F(StatusLookup, OddModidIsTheSecondOnlyOfAChipWithTwo)
     add_chip(0, 0, 1, 11, 2); // the odd one comes first
     EXPECT_EQ(status_modid_port_to_phys_unit_port(11, 3, &punit, &pport), 0);
     EXPECT_EQ(pport, 35);
+    EXPECT_EQ(status_modid_port_to_phys_unit_port(11, INT_MAX, &punit, &pport), 0);
+    EXPECT_EQ(pport, INT_MIN + 31);
     EXPECT_EQ(status_modid_port_to_phys_unit_port(12, 3, &punit, &pport), 0);
     EXPECT_EQ(pport, 3);
     EXPECT_EQ(status_modid_port_to_phys_unit_port(13, 3, &punit, &pport), -1);
