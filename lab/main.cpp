@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // switchlab: the switch on a workstation.
 #include "lab/demo/demo_command.h"
-#include "lab/flash_command.h"
+#include "lab/flash/command.h"
 #include "lab/run_command.h"
-#include "lab/sandbox.h"
+#include "lab/sandbox/sandbox.h"
 #include "lab/stack/look_commands.h"
 #include "lab/stack/shell_command.h"
 #include "lab/stack/up_command.h"

@@ -3,7 +3,7 @@
 #ifndef SWITCHCFG_LAB_RUN_COMMAND_H
 #define SWITCHCFG_LAB_RUN_COMMAND_H
 
-#include "lab/sandbox.h"
+#include "lab/sandbox/sandbox.h"
 
 namespace CLI {
 class App;

@@ -2,8 +2,8 @@
 #include "lab/demo/demo_command.h"
 
 #include "lab/demo/story.h"
-#include "lab/programs.h"
 #include "lab/refusal.h"
+#include "lab/sandbox/programs.h"
 
 #include <CLI/CLI.hpp>
 

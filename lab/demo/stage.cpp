@@ -2,7 +2,7 @@
 #include "lab/demo/stage.h"
 
 #include "lab/refusal.h"
-#include "lab/sandbox.h"
+#include "lab/sandbox/sandbox.h"
 #include "lab/stack/progress.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/stack/daemons.h"
 
-#include "lab/programs.h"
+#include "lab/sandbox/programs.h"
 #include "lab/text_file.h"
 
 #include <cstdio>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/stack/events.h"
 
-#include "lab/namespaces.h"
 #include "lab/refusal.h"
+#include "lab/sandbox/namespaces.h"
 
 #include <array>
 #include <fcntl.h>

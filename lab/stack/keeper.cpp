@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/stack/keeper.h"
 
-#include "lab/namespaces.h"
 #include "lab/refusal.h"
-#include "lab/sandbox.h"
+#include "lab/sandbox/namespaces.h"
+#include "lab/sandbox/sandbox.h"
 #include "lab/stack/lab.h"
 
 #include <algorithm>

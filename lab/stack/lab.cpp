@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/stack/lab.h"
 
-#include "lab/loopback.h"
 #include "lab/mounts.h"
-#include "lab/namespaces.h"
 #include "lab/refusal.h"
-#include "lab/sandbox.h"
+#include "lab/sandbox/loopback.h"
+#include "lab/sandbox/namespaces.h"
+#include "lab/sandbox/sandbox.h"
 #include "lab/stack/station.h"
 #include "lab/stack/unit.h"
 

@@ -4,7 +4,7 @@
 #ifndef SWITCHCFG_LAB_STACK_PLAN_H
 #define SWITCHCFG_LAB_STACK_PLAN_H
 
-#include "lab/links.h"
+#include "lab/sandbox/links.h"
 
 #include <string>
 #include <string_view>

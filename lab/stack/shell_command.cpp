@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/stack/shell_command.h"
 
-#include "lab/namespaces.h"
-#include "lab/programs.h"
 #include "lab/refusal.h"
-#include "lab/sandbox.h"
-#include "lab/signal_relay.h"
+#include "lab/sandbox/namespaces.h"
+#include "lab/sandbox/programs.h"
+#include "lab/sandbox/sandbox.h"
+#include "lab/sandbox/signal_relay.h"
 #include "lab/stack/visitor.h"
 #include "lab/text_file.h"
 

@@ -2,10 +2,10 @@
 #include "lab/stack/station.h"
 
 #include "lab/mounts.h"
-#include "lab/namespaces.h"
-#include "lab/programs.h"
 #include "lab/refusal.h"
-#include "lab/sandbox.h"
+#include "lab/sandbox/namespaces.h"
+#include "lab/sandbox/programs.h"
+#include "lab/sandbox/sandbox.h"
 #include "lab/text_file.h"
 
 #include <algorithm>

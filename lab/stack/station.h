@@ -3,7 +3,7 @@
 #ifndef SWITCHCFG_LAB_STACK_STATION_H
 #define SWITCHCFG_LAB_STACK_STATION_H
 
-#include "lab/inside.h"
+#include "lab/sandbox/inside.h"
 #include "lab/stack/events.h"
 
 namespace switchlab {

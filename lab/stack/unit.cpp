@@ -2,13 +2,13 @@
 #include "lab/stack/unit.h"
 
 #include "core/status_layout.h"
-#include "lab/flash_device.h"
+#include "lab/flash/device.h"
 #include "lab/mounts.h"
-#include "lab/namespaces.h"
-#include "lab/power_programs.h"
-#include "lab/programs.h"
 #include "lab/refusal.h"
-#include "lab/sandbox.h"
+#include "lab/sandbox/namespaces.h"
+#include "lab/sandbox/power_programs.h"
+#include "lab/sandbox/programs.h"
+#include "lab/sandbox/sandbox.h"
 #include "lab/stack/daemons.h"
 #include "lab/text_file.h"
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/stack/up_command.h"
 
-#include "lab/namespaces.h"
-#include "lab/programs.h"
 #include "lab/refusal.h"
-#include "lab/sandbox.h"
+#include "lab/sandbox/namespaces.h"
+#include "lab/sandbox/programs.h"
+#include "lab/sandbox/sandbox.h"
 #include "lab/stack/progress.h"
 #include "lab/stack/visitor.h"
 

@@ -4,7 +4,7 @@
 // and the state that the device and its test bench share has the byte order and word size of the programs that map it.
 // So the device is the preloaded library, and what makes it is a program of the target itself.
 //   flash-lab [FLASH OPTION OF switchlab run]... -- COMMAND [ARGUMENT]...
-#include "lab/flash_device.h"
+#include "lab/flash/device.h"
 #include "lab/run_command.h"
 
 #include <CLI/CLI.hpp>

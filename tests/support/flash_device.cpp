@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/flash_device.h"
 
-#include "lab/flash_files.h"
+#include "lab/flash/files.h"
 
 #include <algorithm>
 #include <cerrno>

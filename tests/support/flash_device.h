@@ -5,7 +5,7 @@
 #ifndef SWITCHCFG_TESTS_SUPPORT_FLASH_DEVICE_H
 #define SWITCHCFG_TESTS_SUPPORT_FLASH_DEVICE_H
 
-#include "lab/nor_flash.h"
+#include "lab/flash/nor_flash.h"
 
 #include <cstdint>
 #include <span>
