@@ -5,7 +5,7 @@
 
 #include "core/config_layout.h"
 #include "tools/env_text.h"
-#include "tools/failure.h"
+#include "tools/command_line/failure.h"
 #include "tools/field_value.h"
 #include "tools/hex_text.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // What can stand on a command line of switchlab.
-#include "tools/completion_values.h"
+#include "tools/command_line/completion_values.h"
 
 #include "lab/stack/plan.h"
 #include "lab/stack/visitor.h"

@@ -7,7 +7,7 @@
 #include "lab/stack/look_commands.h"
 #include "lab/stack/shell_command.h"
 #include "lab/stack/up_command.h"
-#include "tools/served_words.h"
+#include "tools/command_line/served_words.h"
 
 #include <CLI/CLI.hpp>
 

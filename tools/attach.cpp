@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/attach.h"
 
-#include "tools/failure.h"
+#include "tools/command_line/failure.h"
 
 #include <csignal>
 #include <switchcfg/config_region.h>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // switchcfg ip, mac, uri: what the switch makes of an address text.
+#include "tools/command_line/failure.h"
+#include "tools/command_line/output.h"
 #include "tools/commands.h"
-#include "tools/failure.h"
-#include "tools/output.h"
 
 #include <arpa/inet.h>
 #include <array>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // switchcfg call: a program of its own, because it loads protobuf and ZeroMQ, which would make every other sub-command
 // start at half the speed.
+#include "tools/command_line/failure.h"
 #include "tools/commands.h"
-#include "tools/failure.h"
 
 #include <filesystem>
 #include <string_view>

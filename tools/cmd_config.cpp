@@ -2,11 +2,11 @@
 // switchcfg config: the running and the default configuration by field.
 #include "core/config_layout.h"
 #include "tools/attach.h"
+#include "tools/command_line/failure.h"
+#include "tools/command_line/output.h"
 #include "tools/commands.h"
-#include "tools/failure.h"
 #include "tools/field_value.h"
 #include "tools/lock_hold.h"
-#include "tools/output.h"
 #include "tools/region_commands.h"
 
 #include <cstring>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // switchcfg cpu and switchcfg memory: what the CPU monitors of the units have to say.
 #include "tools/attach.h"
+#include "tools/command_line/failure.h"
+#include "tools/command_line/output.h"
 #include "tools/commands.h"
-#include "tools/failure.h"
-#include "tools/output.h"
 
 #include <arpa/inet.h>
 #include <array>

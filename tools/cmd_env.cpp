@@ -2,13 +2,13 @@
 // switchcfg env: the boot loader's variables, in the switch or in an image file.
 #include "core/status_layout.h"
 #include "tools/attach.h"
+#include "tools/command_line/failure.h"
+#include "tools/command_line/output.h"
 #include "tools/commands.h"
 #include "tools/env_access.h"
 #include "tools/env_commands.h"
 #include "tools/env_text.h"
-#include "tools/failure.h"
 #include "tools/lock_hold.h"
-#include "tools/output.h"
 
 #include <fstream>
 #include <iostream>

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // switchcfg equip: the models that the software knows, and all that it knows of one.
 #include "equip/model_facts.h"
+#include "tools/command_line/failure.h"
+#include "tools/command_line/output.h"
 #include "tools/commands.h"
 #include "tools/equip_fields.h"
-#include "tools/failure.h"
 #include "tools/models.h"
-#include "tools/output.h"
 
 #include <algorithm>
 #include <memory>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // switchcfg error: what a code means, ours or one of the numberings that translate into ours.
+#include "tools/command_line/failure.h"
+#include "tools/command_line/output.h"
 #include "tools/commands.h"
-#include "tools/failure.h"
-#include "tools/output.h"
 
 #include <memory>
 #include <string>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // switchcfg init: create and check the files that all processes of the switch share.
 #include "tools/attach.h"
+#include "tools/command_line/failure.h"
+#include "tools/command_line/output.h"
 #include "tools/commands.h"
-#include "tools/failure.h"
-#include "tools/output.h"
 
 #include <filesystem>
 #include <switchcfg/config_region.h>

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // switchcfg lock: the named locks, and who holds them by the kernel's own lock table.
 #include "tools/attach.h"
+#include "tools/command_line/failure.h"
+#include "tools/command_line/output.h"
 #include "tools/commands.h"
-#include "tools/failure.h"
 #include "tools/lock_hold.h"
 #include "tools/lock_holders.h"
-#include "tools/output.h"
 
 #include <cstdlib>
 #include <memory>

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // switchcfg log: messages to the logging daemon, and its stores.
+#include "tools/command_line/failure.h"
+#include "tools/command_line/long_output.h"
+#include "tools/command_line/output.h"
 #include "tools/commands.h"
-#include "tools/failure.h"
 #include "tools/log_names.h"
 #include "tools/log_stores.h"
-#include "tools/long_output.h"
-#include "tools/output.h"
 
 #include <iostream>
 #include <memory>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // switchcfg pm: requests to the process manager.
+#include "tools/command_line/failure.h"
+#include "tools/command_line/output.h"
 #include "tools/commands.h"
-#include "tools/failure.h"
-#include "tools/output.h"
 #include "tools/signal_name.h"
 
 #include <cstdarg>

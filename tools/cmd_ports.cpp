@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // switchcfg ports: the ports of a unit as a table, a picture or a drawing; switchcfg port: one port in full.
+#include "tools/command_line/failure.h"
+#include "tools/command_line/output.h"
 #include "tools/commands.h"
-#include "tools/failure.h"
 #include "tools/front_panel.h"
 #include "tools/models.h"
-#include "tools/output.h"
 #include "tools/unit_ports.h"
 
 #include <charconv>

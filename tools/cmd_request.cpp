@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // switchcfg request: one exchange with a daemon's port, byte by byte. For those who write a daemon.
+#include "tools/command_line/failure.h"
+#include "tools/command_line/output.h"
 #include "tools/commands.h"
-#include "tools/failure.h"
 #include "tools/hex_text.h"
-#include "tools/output.h"
 
 #include <arpa/inet.h>
 #include <cstdint>

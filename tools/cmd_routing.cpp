@@ -2,10 +2,10 @@
 // switchcfg routing: commands to the routing stack. What a command's payload means is between the caller and the
 // daemon; the routes are in the form that the lab's routing stack has.
 #include "tools/attach.h"
+#include "tools/command_line/failure.h"
+#include "tools/command_line/output.h"
 #include "tools/commands.h"
-#include "tools/failure.h"
 #include "tools/hex_text.h"
-#include "tools/output.h"
 
 #include "features/routing_command_rows.h"
 #include "lab/stand-ins/routing/route.h"

@@ -2,10 +2,10 @@
 // switchcfg sntp: the SNTP client's settings, servers and keys.
 #include "core/config_layout.h"
 #include "tools/attach.h"
+#include "tools/command_line/failure.h"
+#include "tools/command_line/output.h"
 #include "tools/commands.h"
-#include "tools/failure.h"
 #include "tools/lock_hold.h"
-#include "tools/output.h"
 
 #include <algorithm>
 #include <arpa/inet.h>

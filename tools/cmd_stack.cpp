@@ -2,8 +2,8 @@
 // switchcfg stack: puts units into the status region, so that everything that asks for units and ports can be tried
 // without a switch, and says what units are to be.
 #include "core/status_layout.h"
+#include "tools/command_line/failure.h"
 #include "tools/commands.h"
-#include "tools/failure.h"
 #include "tools/lock_hold.h"
 #include "tools/models.h"
 #include "tools/stack.h"

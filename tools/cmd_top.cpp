@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // switchcfg top: the switch at work, live on a terminal, or as text or JSON, sample by sample, elsewhere.
+#include "tools/command_line/failure.h"
+#include "tools/command_line/long_output.h"
+#include "tools/command_line/output.h"
 #include "tools/commands.h"
-#include "tools/failure.h"
-#include "tools/long_output.h"
-#include "tools/output.h"
 #include "tools/top_sample.h"
 
 #include <cstdio>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // switchcfg trap: raise notifications, say which are wanted, look at the queue and drain it.
 #include "tools/attach.h"
+#include "tools/command_line/failure.h"
+#include "tools/command_line/output.h"
 #include "tools/commands.h"
-#include "tools/failure.h"
-#include "tools/output.h"
 #include "tools/trap_senders.h"
 
 #include "core/config_layout.h"

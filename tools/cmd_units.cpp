@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // switchcfg units: the stack at a glance; switchcfg status: the status region by field.
 #include "core/status_layout.h"
+#include "tools/command_line/failure.h"
+#include "tools/command_line/output.h"
 #include "tools/commands.h"
-#include "tools/failure.h"
 #include "tools/models.h"
-#include "tools/output.h"
 #include "tools/region_commands.h"
 #include "tools/stack.h"
 

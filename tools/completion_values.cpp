@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/completion_values.h"
+#include "tools/command_line/completion_values.h"
 
 #include "core/config_layout.h"
 #include "core/status_layout.h"

@@ -2,7 +2,7 @@
 #include "tools/env_access.h"
 
 #include "tools/attach.h"
-#include "tools/failure.h"
+#include "tools/command_line/failure.h"
 #include "tools/lock_hold.h"
 
 #include <cstdio>

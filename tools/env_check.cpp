@@ -3,10 +3,10 @@
 #include "tools/env_commands.h"
 
 #include "tools/attach.h"
+#include "tools/command_line/failure.h"
+#include "tools/command_line/output.h"
 #include "tools/env_image.h"
 #include "tools/env_text.h"
-#include "tools/failure.h"
-#include "tools/output.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // switchcfg env fbmp: the feature bitmap, decoded and changed by name.
 #include "core/status_layout.h"
+#include "tools/command_line/failure.h"
+#include "tools/command_line/output.h"
 #include "tools/env_commands.h"
-#include "tools/failure.h"
 #include "tools/lock_hold.h"
-#include "tools/output.h"
 
 #include <charconv>
 #include <cinttypes>

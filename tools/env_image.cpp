@@ -3,7 +3,7 @@
 
 #include "bootenv/image.h"
 #include "bootenv/variables.h"
-#include "tools/failure.h"
+#include "tools/command_line/failure.h"
 #include "util/byte_order.h"
 
 #include <algorithm>

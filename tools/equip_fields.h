@@ -3,7 +3,7 @@
 #ifndef SWITCHCFG_TOOLS_EQUIP_FIELDS_H
 #define SWITCHCFG_TOOLS_EQUIP_FIELDS_H
 
-#include "tools/output.h"
+#include "tools/command_line/output.h"
 
 #include <span>
 #include <switchcfg/equip.h>

@@ -4,7 +4,7 @@
 #define SWITCHCFG_TOOLS_FIELD_VALUE_H
 
 #include "core/field.h"
-#include "tools/output.h"
+#include "tools/command_line/output.h"
 
 #include <span>
 #include <string>

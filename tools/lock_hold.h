@@ -2,7 +2,7 @@
 #ifndef SWITCHCFG_TOOLS_LOCK_HOLD_H
 #define SWITCHCFG_TOOLS_LOCK_HOLD_H
 
-#include "tools/failure.h"
+#include "tools/command_line/failure.h"
 
 #include <switchcfg/locks.h>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/log_stores.h"
-#include "tools/failure.h"
+#include "tools/command_line/failure.h"
 #include "tools/log_names.h"
 
 #include <algorithm>

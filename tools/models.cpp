@@ -2,7 +2,7 @@
 #include "tools/models.h"
 
 #include "tools/attach.h"
-#include "tools/failure.h"
+#include "tools/command_line/failure.h"
 
 #include <charconv>
 #include <cstdio>

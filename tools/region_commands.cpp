@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/region_commands.h"
 
-#include "tools/failure.h"
+#include "tools/command_line/failure.h"
+#include "tools/command_line/output.h"
 #include "tools/field_value.h"
-#include "tools/output.h"
 
 #include <iostream>
 #include <memory>

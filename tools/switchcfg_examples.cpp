@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // At least one for every sub-command: a test holds it, and runs them all (docs/switchcfg.md).
-#include "tools/examples.h"
+#include "tools/command_line/examples.h"
 
 namespace switchcfg::tool {
 namespace {

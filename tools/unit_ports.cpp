@@ -2,7 +2,7 @@
 #include "tools/unit_ports.h"
 
 #include "core/status_layout.h"
-#include "tools/failure.h"
+#include "tools/command_line/failure.h"
 #include "tools/models.h"
 
 #include <switchcfg/equip.h>

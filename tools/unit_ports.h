@@ -3,7 +3,7 @@
 #ifndef SWITCHCFG_TOOLS_UNIT_PORTS_H
 #define SWITCHCFG_TOOLS_UNIT_PORTS_H
 
-#include "tools/output.h"
+#include "tools/command_line/output.h"
 
 #include <optional>
 #include <string>

@@ -2,8 +2,8 @@
 // switchcfg call FAMILY FUNCTION ARGS
 #include "tools/call/commands.h"
 #include "tools/call/payload.h"
-#include "tools/failure.h"
-#include "tools/output.h"
+#include "tools/command_line/failure.h"
+#include "tools/command_line/output.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -3,7 +3,7 @@
 #define SWITCHCFG_TOOLS_CALL_COMMANDS_H
 
 #include "tools/call/functions.h"
-#include "tools/examples.h"
+#include "tools/command_line/examples.h"
 
 #include <CLI/CLI.hpp>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // switchcfg call list: the functions there are.
 #include "tools/call/commands.h"
-#include "tools/output.h"
+#include "tools/command_line/output.h"
 
 #include <memory>
 

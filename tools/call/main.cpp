@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // switchcfg-call: what `switchcfg call` runs.
 #include "tools/call/commands.h"
-#include "tools/examples.h"
-#include "tools/run.h"
+#include "tools/command_line/examples.h"
+#include "tools/command_line/run.h"
 
 // NOLINTNEXTLINE(bugprone-exception-escape): without memory for its own options the tool can only end
 int main(int argc, char **argv)

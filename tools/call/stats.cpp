@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // switchcfg call stats: what the daemon did lately.
 #include "tools/call/commands.h"
-#include "tools/failure.h"
-#include "tools/output.h"
+#include "tools/command_line/failure.h"
+#include "tools/command_line/output.h"
 
 #include <cstdio>
 #include <cstdlib>

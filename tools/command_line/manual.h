@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Manual pages, from the same descriptions that the help has.
-#ifndef SWITCHCFG_TOOLS_MANUAL_H
-#define SWITCHCFG_TOOLS_MANUAL_H
+#ifndef SWITCHCFG_TOOLS_COMMAND_LINE_MANUAL_H
+#define SWITCHCFG_TOOLS_COMMAND_LINE_MANUAL_H
 
 #include <CLI/CLI.hpp>
 #include <string>

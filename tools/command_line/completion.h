@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // What a shell offers while a command line is being typed: sub-commands, options, and values as the switch has them
 // now.
-#ifndef SWITCHCFG_TOOLS_COMPLETION_H
-#define SWITCHCFG_TOOLS_COMPLETION_H
+#ifndef SWITCHCFG_TOOLS_COMMAND_LINE_COMPLETION_H
+#define SWITCHCFG_TOOLS_COMMAND_LINE_COMPLETION_H
 
 #include <CLI/CLI.hpp>
 #include <span>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Examples for the help and the manual pages.
-#ifndef SWITCHCFG_TOOLS_EXAMPLES_H
-#define SWITCHCFG_TOOLS_EXAMPLES_H
+#ifndef SWITCHCFG_TOOLS_COMMAND_LINE_EXAMPLES_H
+#define SWITCHCFG_TOOLS_COMMAND_LINE_EXAMPLES_H
 
 #include <CLI/CLI.hpp>
 #include <span>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/completion.h"
+#include "tools/command_line/completion.h"
 
-#include "tools/completion_values.h"
+#include "tools/command_line/completion_values.h"
 
 #include <algorithm>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/output.h"
+#include "tools/command_line/output.h"
 
 #include <algorithm>
 #include <cstdio>

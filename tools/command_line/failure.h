@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // How a sub-command fails: one line on standard error that names the object, the call and the reason, and exit
 // status 1.
-#ifndef SWITCHCFG_TOOLS_FAILURE_H
-#define SWITCHCFG_TOOLS_FAILURE_H
+#ifndef SWITCHCFG_TOOLS_COMMAND_LINE_FAILURE_H
+#define SWITCHCFG_TOOLS_COMMAND_LINE_FAILURE_H
 
 #include <cerrno>
 #include <cstring>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // How the tool prints data: a table for people, or JSON for programs with --json.
-#ifndef SWITCHCFG_TOOLS_OUTPUT_H
-#define SWITCHCFG_TOOLS_OUTPUT_H
+#ifndef SWITCHCFG_TOOLS_COMMAND_LINE_OUTPUT_H
+#define SWITCHCFG_TOOLS_COMMAND_LINE_OUTPUT_H
 
 #include <nlohmann/json.hpp>
 #include <string>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What a command answers to shells, for completion, and to packaging, for its manual.
-#ifndef SWITCHCFG_TOOLS_SERVED_WORDS_H
-#define SWITCHCFG_TOOLS_SERVED_WORDS_H
+#ifndef SWITCHCFG_TOOLS_COMMAND_LINE_SERVED_WORDS_H
+#define SWITCHCFG_TOOLS_COMMAND_LINE_SERVED_WORDS_H
 
 #include <CLI/CLI.hpp>
 #include <span>

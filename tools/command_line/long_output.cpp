@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/long_output.h"
+#include "tools/command_line/long_output.h"
 
-#include "tools/failure.h"
+#include "tools/command_line/failure.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/served_words.h"
+#include "tools/command_line/served_words.h"
 
-#include "tools/completion.h"
-#include "tools/manual.h"
+#include "tools/command_line/completion.h"
+#include "tools/command_line/manual.h"
 
 #include <iostream>
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // What every sub-command prints on standard output, on its way to the reader: paged on a terminal that is too small for
 // it, filtered, cut or uploaded when asked, by the library's pager family.
-#ifndef SWITCHCFG_TOOLS_LONG_OUTPUT_H
-#define SWITCHCFG_TOOLS_LONG_OUTPUT_H
+#ifndef SWITCHCFG_TOOLS_COMMAND_LINE_LONG_OUTPUT_H
+#define SWITCHCFG_TOOLS_COMMAND_LINE_LONG_OUTPUT_H
 
 #include <CLI/CLI.hpp>
 #include <iosfwd>

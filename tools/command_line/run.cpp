@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/run.h"
+#include "tools/command_line/run.h"
 
-#include "tools/failure.h"
-#include "tools/long_output.h"
-#include "tools/output.h"
-#include "tools/served_words.h"
+#include "tools/command_line/failure.h"
+#include "tools/command_line/long_output.h"
+#include "tools/command_line/output.h"
+#include "tools/command_line/served_words.h"
 
 #include <exception>
 #include <iostream>

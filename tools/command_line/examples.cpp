@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/examples.h"
+#include "tools/command_line/examples.h"
 
 namespace switchcfg::tool {
 namespace {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef SWITCHCFG_TOOLS_RUN_H
-#define SWITCHCFG_TOOLS_RUN_H
+#ifndef SWITCHCFG_TOOLS_COMMAND_LINE_RUN_H
+#define SWITCHCFG_TOOLS_COMMAND_LINE_RUN_H
 
 #include <CLI/CLI.hpp>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The values that arguments can have, as the switch has them now.
-#ifndef SWITCHCFG_TOOLS_COMPLETION_VALUES_H
-#define SWITCHCFG_TOOLS_COMPLETION_VALUES_H
+#ifndef SWITCHCFG_TOOLS_COMMAND_LINE_COMPLETION_VALUES_H
+#define SWITCHCFG_TOOLS_COMMAND_LINE_COMPLETION_VALUES_H
 
 #include <string>
 #include <vector>
