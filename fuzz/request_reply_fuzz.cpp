@@ -49,12 +49,17 @@ void check_channel(unsigned which)
         return;
     }
     const int fd = daemon_client_req_connect(62000);
-    std::size_t came = 0;
-    while (daemon_client_req_send(fd, 1, record.data(), static_cast<std::uint32_t>(length)) == 0) {
-        require(came + length <= peer_says.size() && std::memcmp(record.data(), &peer_says[came], length) == 0);
-        came += length;
+    // The peer reads nothing, so it can be asked only so often.
+    const std::size_t replies = std::min<std::size_t>(peer_says.size() / length, 64);
+    for (std::size_t came = 0; came < replies; ++came) {
+        require(daemon_client_req_send(fd, 1, record.data(), static_cast<std::uint32_t>(length)) == 0);
+        require(std::memcmp(record.data(), &peer_says[came * length], length) == 0);
     }
-    require(peer_says.size() - came < length);
+    if (replies < 64) {
+        require(daemon_client_req_send(fd, 1, record.data(), static_cast<std::uint32_t>(length)) == -1);
+    } else {
+        ::close(fd);
+    }
 }
 
 } // namespace

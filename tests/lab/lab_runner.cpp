@@ -94,4 +94,9 @@ Outcome lab(const std::string &script, const Words &options)
     return run(lab_words(script, options));
 }
 
+bool makes_user_namespaces()
+{
+    return run({"unshare", "--user", "true"}).status == 0;
+}
+
 } // namespace switchcfg::testing

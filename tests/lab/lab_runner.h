@@ -37,6 +37,8 @@ struct Outcome {
 Outcome run(const Words &words);
 // In a lab of its own, inside the one the test runs in: `options` for switchlab, `script` for the shell.
 Outcome lab(const std::string &script, const Words &options = {});
+// The kernel makes no user namespaces for whoever lives below chroot(), and so no lab without rights.
+bool makes_user_namespaces();
 Words lab_words(const std::string &script, const Words &options = {});
 
 } // namespace switchcfg::testing

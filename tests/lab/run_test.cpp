@@ -227,6 +227,9 @@ TEST(LabRun, KeepsFoldersInTheirPlaces)
 
 TEST(LabRun, ServesAUserWithoutRights)
 {
+    if (!makes_user_namespaces()) {
+        GTEST_SKIP() << "no user namespaces are to be had here, as below chroot()";
+    }
     const PlainUser user;
     const Outcome inside =
         user.lab("id -u; touch /var/x /tmp/x /mnt/x /dev/x /etc/x && echo >> /etc/passwd && echo written; "
@@ -247,6 +250,9 @@ TEST(LabRun, WorksInsideItself)
 
 TEST(LabRun, SaysWhatTheKernelRefused)
 {
+    if (!makes_user_namespaces()) {
+        GTEST_SKIP() << "no user namespaces are to be had here, as below chroot()";
+    }
     const PlainUser user;
     const Outcome refused = user.lab("echo 0 > /proc/sys/user/max_net_namespaces; /tmp/user/switchlab run -- true");
     EXPECT_EQ(refused.status, 125);
