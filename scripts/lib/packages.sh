@@ -14,7 +14,7 @@ packages_lint=(clang-format clang-tidy cppcheck doxygen)
 packages_fuzz=(clang)
 packages_analysis=(gcovr valgrind)
 # The target, on a workstation: scripts/target-deps, the tests under emulation, the comparison of interfaces.
-packages_target=(g++-powerpc-linux-gnu qemu-user-static dpkg-dev debian-archive-keyring libzmq3-dev protobuf-compiler
+packages_target=(g++-powerpc-linux-gnu qemu-user-static dpkg-dev debian-archive-keyring file libzmq3-dev protobuf-compiler
     libprotobuf-dev libboost-dev abigail-tools)
 # A whole system of the target: scripts/target-system.
 packages_target_system=(linux-source-6.1 qemu-system-ppc bison flex bc cpio xz-utils)
