@@ -87,7 +87,7 @@ void list_models(const Filter &filter)
         }
         const cfg_equip_record &record = Equip_tq5200[model];
         const std::string inputs = record.power_input_names[0] == nullptr
-                                       ? ""
+                                       ? std::string{}
                                        : std::string{record.power_input_names[0]} + ", " + record.power_input_names[1];
         table.add({std::to_string(model), record.name, kind_name(facts.front), std::to_string(record.user_ports),
             facts.combo_ports != 0 ? std::to_string(facts.combo_ports) : "", uplink_cages(facts),

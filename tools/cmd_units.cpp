@@ -45,7 +45,7 @@ std::string modids_of(const std::uint8_t *region, int unit)
 {
     const std::int32_t first = load(region, layout::subunit_first_modid, unit, 0);
     const std::int32_t count = load(region, layout::subunit_modids, unit, 0);
-    return count <= 0   ? ""
+    return count <= 0   ? std::string{}
            : count == 1 ? std::to_string(first)
                         : std::to_string(first) + "-" + std::to_string(std::int64_t{first} + count - 1);
 }

@@ -82,7 +82,7 @@ void print_values(const std::uint8_t *region, const std::vector<Element> &elemen
         std::string value = format_value(region, element);
         constexpr std::size_t shown = std::size_t{2} * long_record;
         if (how == Values::abridged && value.size() > shown) {
-            value = value.substr(0, shown) + "... (" + std::to_string(element.size) + " bytes)";
+            value.replace(shown, std::string::npos, "... (" + std::to_string(element.size) + " bytes)");
         }
         table.add({element.name, std::move(value)});
     }

@@ -13,10 +13,18 @@
 
 namespace switchlab {
 
-Inside::Inside(const std::vector<std::string> &keep)
+namespace {
+
+std::string current_folder()
 {
     std::error_code why;
-    current_folder_ = std::filesystem::current_path(why).string();
+    return std::filesystem::current_path(why).string();
+}
+
+} // namespace
+
+Inside::Inside(const std::vector<std::string> &keep) : current_folder_(current_folder())
+{
     for (const std::string &folder : keep) {
         kept_.keep(folder);
     }

@@ -63,7 +63,7 @@ constexpr std::uint64_t look_share = 50; // looking for changes takes at most th
 
 class StackManager {
   public:
-    StackManager(UnitFacts own, const std::string &interface)
+    StackManager(const UnitFacts &own, const std::string &interface)
         : own_(own), neighbours_(interface), configuration_(neighbours_.own_address())
     {
         own_.mac = neighbours_.own_mac();

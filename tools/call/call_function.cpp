@@ -45,7 +45,7 @@ void print_output(const std::string &bytes)
         std::cout << hex_dump(bytes);
         return;
     }
-    const std::string text = bytes.c_str();
+    const std::string text = bytes.substr(0, bytes.find('\0'));
     std::cout << text << (text.ends_with('\n') ? "" : "\n");
 }
 
