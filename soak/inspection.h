@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What must hold whatever has happened.
-#ifndef SWITCHCFG_TESTS_SOAK_INSPECTION_H
-#define SWITCHCFG_TESTS_SOAK_INSPECTION_H
+#ifndef SWITCHCFG_SOAK_INSPECTION_H
+#define SWITCHCFG_SOAK_INSPECTION_H
 
 #include "soak/shared.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What the driver of the fault run and its workers share: memory that outlives any of them.
-#ifndef SWITCHCFG_TESTS_SOAK_SHARED_H
-#define SWITCHCFG_TESTS_SOAK_SHARED_H
+#ifndef SWITCHCFG_SOAK_SHARED_H
+#define SWITCHCFG_SOAK_SHARED_H
 
 #include <array>
 #include <atomic>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Clients of all kinds that never stop calling.
-#ifndef SWITCHCFG_TESTS_SOAK_WORKERS_H
-#define SWITCHCFG_TESTS_SOAK_WORKERS_H
+#ifndef SWITCHCFG_SOAK_WORKERS_H
+#define SWITCHCFG_SOAK_WORKERS_H
 
 #include "soak/shared.h"
 

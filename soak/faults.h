@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What the run does to the daemons, the clients and the machine under them. Every fault is over when inject() returns.
-#ifndef SWITCHCFG_TESTS_SOAK_FAULTS_H
-#define SWITCHCFG_TESTS_SOAK_FAULTS_H
+#ifndef SWITCHCFG_SOAK_FAULTS_H
+#define SWITCHCFG_SOAK_FAULTS_H
 
 #include "soak/shared.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The processes of the unit, as /proc shows them.
-#ifndef SWITCHCFG_TESTS_SOAK_PROCESSES_H
-#define SWITCHCFG_TESTS_SOAK_PROCESSES_H
+#ifndef SWITCHCFG_SOAK_PROCESSES_H
+#define SWITCHCFG_SOAK_PROCESSES_H
 
 #include <map>
 #include <string>
