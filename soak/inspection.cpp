@@ -170,7 +170,8 @@ void Inspection::lines_stay_in_flash()
     for (const char *at = text.get(); (at = std::strstr(at, "soak-")) != nullptr; ++at) {
         int index = 0;
         std::uint32_t line = 0;
-        if (std::sscanf(at, "soak-%d-%u-", &index, &line) == 2) {
+        char end = '\0';
+        if (std::sscanf(at, "soak-%d-%u%c", &index, &line, &end) == 3 && end == '-') {
             lines[index].insert(line);
         }
     }

@@ -27,15 +27,21 @@ void make_room(std::string &lines, std::size_t limit)
     lines.erase(0, end_of_line == std::string::npos ? lines.size() : end_of_line + 1);
 }
 
+// Whole, or not at all: where the file system is full, half a line would run into the next one.
 bool write_file(const std::string &path, int flags, std::string_view text)
 {
     const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | flags, 0644);
     if (fd < 0) {
         return false;
     }
-    const int written = vx_write_nointr(fd, text.data(), static_cast<std::uint32_t>(text.size()));
+    struct stat before {};
+    const bool written =
+        ::fstat(fd, &before) == 0 && vx_write_nointr(fd, text.data(), static_cast<std::uint32_t>(text.size())) == 0;
+    if (!written) {
+        (void)!::ftruncate(fd, before.st_size);
+    }
     ::close(fd);
-    return written == 0;
+    return written;
 }
 
 } // namespace
