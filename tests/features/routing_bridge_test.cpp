@@ -203,7 +203,7 @@ TEST_F(RoutingBridge, EveryBadReplyFailsAndTheNextCommandStartsAnew)
     for (std::size_t length = 0; length < whole.size(); ++length) {
         cases.push_back({whole.substr(0, length), -37});
     }
-    daemon([&](int listener) {
+    daemon([cases](int listener) {
         for (const Case &bad : cases) {
             const Connection peer{listener};
             peer.expect(command(257, "x"));

@@ -31,6 +31,12 @@ inline constexpr bool sanitized = true;
 inline constexpr bool sanitized = false;
 #endif
 
+#ifdef __SANITIZE_THREAD__
+inline constexpr bool threads_sanitized = true;
+#else
+inline constexpr bool threads_sanitized = false;
+#endif
+
 enum Id : std::uint32_t { echo = 1, own = 2, fail = 3, throws = 4, too_much = 5, nobody = 99 };
 
 inline Slot bytes(const std::string &text)
