@@ -41,13 +41,27 @@ char *text_at(std::uint8_t *region, const Field<Text<512>> &field, int index = 0
     return switchcfg::text(region, field, index);
 }
 
-void copy_entry(std::uint8_t *region, int from, int to) noexcept
+// The C library's copy by its address: of a size that the compiler knows it would make a slower string instruction, and
+// a hundred calls would each go through the linkage table.
+using Copy = void *(*)(void *, const void *, std::size_t);
+Copy library_copy() noexcept
 {
-    std::size_t size = entry_size;
-    asm("" : "+r"(size)); // a size the compiler knows becomes a string instruction, slower than the C library's copy
-    const std::uint32_t first = layout::trap_id.offset;
-    std::memcpy(region + first + static_cast<std::size_t>(to) * entry_size,
-        region + first + static_cast<std::size_t>(from) * entry_size, size);
+    Copy copy = std::memcpy;
+    asm("" : "+r"(copy));
+    return copy;
+}
+
+void copy_entry(Copy copy, std::uint8_t *region, int from, int to, std::size_t size) noexcept
+{
+    std::uint8_t *const first = region + layout::trap_id.offset;
+    copy(first + static_cast<std::size_t>(to) * entry_size, first + static_cast<std::size_t>(from) * entry_size, size);
+}
+
+// Without what stands behind the end of its text, which is four fifths of most entries.
+std::size_t used_size(std::uint8_t *region, int index) noexcept
+{
+    const std::size_t length = ::strnlen(text_at(region, layout::trap_text, index), TRAP_TEXT_SIZE);
+    return entry_size - TRAP_TEXT_SIZE + std::min(length + 1, std::size_t{TRAP_TEXT_SIZE});
 }
 
 void copy_text(char *place, std::string_view text) noexcept
@@ -64,8 +78,9 @@ void put_entry(std::uint8_t *region, int index, std::uint32_t id, std::string_vi
 // Moves entries down by `distance` from the noted step to `end`.
 void move_down(std::uint8_t *region, int end, int distance) noexcept
 {
+    const Copy copy = library_copy();
     for (auto at = static_cast<int>(load(region, layout::trap_move_step)) - 1; at < end; ++at) {
-        copy_entry(region, at + distance, at);
+        copy_entry(copy, region, at + distance, at, used_size(region, at + distance));
         settle();
         store(region, layout::trap_move_step, static_cast<std::uint32_t>(at) + 2);
         settle();
@@ -77,8 +92,9 @@ void move_down(std::uint8_t *region, int end, int distance) noexcept
 // entry's identifier. Agents of all releases find the start at the head and go by the count as it is.
 void move_up(std::uint8_t *region) noexcept
 {
+    const Copy copy = library_copy();
     for (auto at = static_cast<int>(load(region, layout::trap_move_step)) - 1; at > 0; --at) {
-        copy_entry(region, at - 1, at);
+        copy_entry(copy, region, at - 1, at, entry_size);
         if (at == capacity) {
             store(region, layout::trap_count, static_cast<std::int32_t>(load(region, layout::trap_id, at - 1)) + 1);
         }
