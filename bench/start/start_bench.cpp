@@ -52,6 +52,19 @@ void program_start(benchmark::State &state)
 }
 SWITCHCFG_ROW(program_start);
 
+// How much of the row above any library costs, whatever is in it.
+void program_start_with_nothing(benchmark::State &state)
+{
+    const std::string bare = beside("switchcfg-bench-start-bare");
+    const std::string nothing = beside("switchcfg-bench-start-nothing");
+    compare(
+        state,
+        {"start of a C program that links a library with nothing in it", "the same program with libc and zlib", 0,
+            Row::Clock::wall},
+        [&] { return run(bare); }, [&] { return run(nothing); });
+}
+SWITCHCFG_ROW(program_start_with_nothing);
+
 void program_memory(benchmark::State &state)
 {
     const double bare = private_memory(beside("switchcfg-bench-start-bare"));
