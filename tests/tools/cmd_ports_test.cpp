@@ -76,14 +76,14 @@ TEST(CmdPorts, PanelShowsEveryPortOfTheBox)
     EXPECT_THAT(tool("ports 1 --panel").out, HasSubstr("+ SFP+ --+"));
 
     const Outcome narrow =
-        run_command("script -qec 'stty cols 80; LC_ALL=C " SWITCHCFG_TOOL " ports 0 --panel' /dev/null");
+        run_command("script -qc 'stty cols 80; LC_ALL=C " SWITCHCFG_TOOL " ports 0 --panel' /dev/null");
     ASSERT_EQ(narrow.status, 0) << narrow.err;
     EXPECT_THAT(narrow.out, HasSubstr("\033[7;93m45*\033[0m"));
     std::istringstream lines{without_colours(narrow.out)};
     for (std::string line; std::getline(lines, line) && line.rfind("Numbers", 0) != 0;) {
         EXPECT_LE(line.size(), 80U) << line;
     }
-    const Outcome plain = run_command("script -qec 'NO_COLOR=1 " SWITCHCFG_TOOL " ports 0 --panel' /dev/null");
+    const Outcome plain = run_command("script -qc 'NO_COLOR=1 " SWITCHCFG_TOOL " ports 0 --panel' /dev/null");
     EXPECT_EQ(count_of(plain.out, "\033"), 0);
 }
 
