@@ -4,8 +4,8 @@
 #include "fuzz/fuzz_input.h"
 
 #include "core/config_layout.h"
-#include "tools/env_text.h"
 #include "tools/command_line/failure.h"
+#include "tools/env_text.h"
 #include "tools/field_value.h"
 #include "tools/hex_text.h"
 

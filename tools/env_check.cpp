@@ -18,9 +18,9 @@
 namespace switchcfg::tool {
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
+using ImageBytes = std::vector<std::uint8_t>;
 
-std::optional<Bytes> read_image(const std::string &path, bool is_flash)
+std::optional<ImageBytes> read_image(const std::string &path, bool is_flash)
 {
     int size = 0;
     const std::unique_ptr<std::uint8_t, decltype(&std::free)> image{
@@ -28,7 +28,7 @@ std::optional<Bytes> read_image(const std::string &path, bool is_flash)
     if (!image) {
         return std::nullopt;
     }
-    return Bytes(image.get(), image.get() + size);
+    return ImageBytes(image.get(), image.get() + size);
 }
 
 std::string hexadecimal(std::uint32_t word)
@@ -98,7 +98,7 @@ struct Verdict {
     bool good;
 };
 
-Verdict judge(const std::string &path, const std::optional<Bytes> &image, const std::string &when_missing)
+Verdict judge(const std::string &path, const std::optional<ImageBytes> &image, const std::string &when_missing)
 {
     if (!image || image->size() < 4) {
         return {{{"file", path}, {"readable", false}}, path + ": " + when_missing, false};
@@ -126,7 +126,7 @@ Verdict judge(const std::string &path, const std::optional<Bytes> &image, const 
     return {std::move(json), std::move(text), content.crc_holds() && content.has_end};
 }
 
-Variables variables_of(const std::optional<Bytes> &image)
+Variables variables_of(const std::optional<ImageBytes> &image)
 {
     return image && image->size() >= 4 ? take_apart(*image).variables : Variables{};
 }
@@ -135,7 +135,7 @@ Variables variables_of(const std::optional<Bytes> &image)
 
 void check_image(const std::string &path)
 {
-    const std::optional<Bytes> image = read_image(path, false);
+    const std::optional<ImageBytes> image = read_image(path, false);
     const Verdict verdict = judge(path, image, "it cannot be read, or is empty");
     if (!image) {
         throw Failure{verdict.text};
@@ -150,8 +150,8 @@ void check_switch(const Variables &shadow)
 {
     const std::string flash_path = "/dev/flash_env";
     const std::string backup_path = "/mnt/flash/bkp/env";
-    const std::optional<Bytes> flash = read_image(flash_path, true);
-    const std::optional<Bytes> backup = read_image(backup_path, false);
+    const std::optional<ImageBytes> flash = read_image(flash_path, true);
+    const std::optional<ImageBytes> backup = read_image(backup_path, false);
     Verdict of_flash = judge(flash_path, flash, "it cannot be read");
     Verdict of_backup = judge(backup_path, backup, "there is no backup");
     const Differences unsaved = differences(shadow, variables_of(flash));

@@ -30,7 +30,7 @@ Json value_of(const cfg_equip_record &record)
     return json_of(record.*Field);
 }
 
-constexpr EquipField fields[] = {
+constexpr EquipField record_fields[] = {
 #define FIELD(name)                                                                                                    \
     {                                                                                                                  \
 #        name, value_of < &cfg_equip_record::name>                                                                     \
@@ -124,7 +124,7 @@ constexpr EquipField fields[] = {
 
 std::span<const EquipField> equip_fields()
 {
-    return fields;
+    return record_fields;
 }
 
 } // namespace switchcfg::tool

@@ -29,7 +29,7 @@
 #include <vector>
 
 // The library's log, crash reports among it, goes where the process manager's does.
-static void log_line(const char *format, va_list arguments)
+[[gnu::format(printf, 1, 0)]] static void log_line(const char *format, va_list arguments)
 {
     (void)std::vfprintf(stderr, format, arguments);
     (void)std::fputc('\n', stderr);
