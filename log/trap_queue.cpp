@@ -51,17 +51,11 @@ Copy library_copy() noexcept
     return copy;
 }
 
-void copy_entry(Copy copy, std::uint8_t *region, int from, int to, std::size_t size) noexcept
+void copy_entry(Copy copy, std::uint8_t *region, int from, int to) noexcept
 {
     std::uint8_t *const first = region + layout::trap_id.offset;
-    copy(first + static_cast<std::size_t>(to) * entry_size, first + static_cast<std::size_t>(from) * entry_size, size);
-}
-
-// Without what stands behind the end of its text, which is four fifths of most entries.
-std::size_t used_size(std::uint8_t *region, int index) noexcept
-{
-    const std::size_t length = ::strnlen(text_at(region, layout::trap_text, index), TRAP_TEXT_SIZE);
-    return entry_size - TRAP_TEXT_SIZE + std::min(length + 1, std::size_t{TRAP_TEXT_SIZE});
+    copy(first + static_cast<std::size_t>(to) * entry_size, first + static_cast<std::size_t>(from) * entry_size,
+        entry_size);
 }
 
 void copy_text(char *place, std::string_view text) noexcept
@@ -80,7 +74,7 @@ void move_down(std::uint8_t *region, int end, int distance) noexcept
 {
     const Copy copy = library_copy();
     for (auto at = static_cast<int>(load(region, layout::trap_move_step)) - 1; at < end; ++at) {
-        copy_entry(copy, region, at + distance, at, used_size(region, at + distance));
+        copy_entry(copy, region, at + distance, at);
         settle();
         store(region, layout::trap_move_step, static_cast<std::uint32_t>(at) + 2);
         settle();
@@ -94,7 +88,7 @@ void move_up(std::uint8_t *region) noexcept
 {
     const Copy copy = library_copy();
     for (auto at = static_cast<int>(load(region, layout::trap_move_step)) - 1; at > 0; --at) {
-        copy_entry(copy, region, at - 1, at, entry_size);
+        copy_entry(copy, region, at - 1, at);
         if (at == capacity) {
             store(region, layout::trap_count, static_cast<std::int32_t>(load(region, layout::trap_id, at - 1)) + 1);
         }

@@ -1,10 +1,12 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /*
  * What the library costs a process, seen from inside one. scripts/footprint compiles it twice: with SWITCHCFG_FLOOR it
- * is the same program without the library, linked with libc and zlib only. probe start     ends at once probe init
- * cfg_init; two impossible close() calls stand before and behind it in a trace probe memory    prints the process's
- * private dirty KiB, by mapping and in all; shared files are left out probe time ROUNDS STARTS PROGRAM ARGUMENT
- * [PROGRAM ARGUMENT]... prints microseconds from start to exit of each, the best round of STARTS
+ * is the same program without the library, linked with libc and zlib only. Its first argument is one of
+ * - start: ends at once
+ * - init: cfg_init; two impossible close() calls stand before and behind it in a trace
+ * - memory: prints the process's private dirty KiB, by mapping and in all; shared files are left out
+ * - time ROUNDS STARTS PROGRAM ARGUMENT [PROGRAM ARGUMENT]...: prints microseconds from start to exit of each, the best
+ *   round of STARTS
  */
 #include <spawn.h>
 #include <stdio.h>
