@@ -167,7 +167,8 @@ class SWITCHCFG_API RpcServer {
 
     /**
      * Block until stop() was called and the callbacks that were running have returned. Their replies are sent; requests
-     * that wait behind them are not served. Not from a callback.
+     * that wait behind them are not served. Connections stand for 200 ms after the last reply, and a second more while
+     * it cannot be delivered, so this may take as long. Not from a callback.
      */
     void wait() noexcept;
 
