@@ -83,11 +83,12 @@ void Serving::answer_probes() noexcept
         }
         write_alive(answer.data(), {probe->nonce, instance_});
         void *const socket = keep_alive_.socket.get();
+        // Held from before the sending: who has heard the answer and then names another place finds this one written.
+        const std::lock_guard hold{keep_alive_time_use_};
         if (::zmq_msg_send(sender.get(), socket, ZMQ_SNDMORE | ZMQ_DONTWAIT) == -1 ||
             ::zmq_msg_send(answer.get(), socket, ZMQ_DONTWAIT) == -1) {
             continue;
         }
-        const std::lock_guard hold{keep_alive_time_use_};
         if (keep_alive_time_ != nullptr) {
             __atomic_store_n(keep_alive_time_, static_cast<std::uint32_t>(std::time(nullptr)), __ATOMIC_RELAXED);
         }
