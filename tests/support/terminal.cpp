@@ -56,9 +56,9 @@ bool Terminal::read_more()
     return got > 0;
 }
 
-bool Terminal::shows(const std::string &text)
+bool Terminal::shows_either(const std::string &one, const std::string &other)
 {
-    while (seen_.find(text) == std::string::npos) {
+    while (seen_.find(one) == std::string::npos && seen_.find(other) == std::string::npos) {
         if (!read_more()) {
             return false;
         }

@@ -19,7 +19,8 @@ class Terminal {
 
     pid_t pid() const { return pid_; }
     // Reads until the text has appeared since the last press(); false when it has not within ten seconds.
-    bool shows(const std::string &text);
+    bool shows(const std::string &text) { return shows_either(text, text); }
+    bool shows_either(const std::string &one, const std::string &other);
     // What has appeared since the last press().
     const std::string &seen() const { return seen_; }
     void press(const std::string &keys);

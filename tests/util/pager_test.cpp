@@ -25,7 +25,8 @@ using switchcfg::testing::Terminal;
 std::string page_to_the_end(Terminal &screen)
 {
     std::string text;
-    while (screen.shows("--More--") && screen.shows("\033[m")) { // the prompt is complete
+    // The prompt is complete: a small more(1) ends it with a blank, the others with the end of what stands out.
+    while (screen.shows("--More--") && screen.shows_either("--More-- ", "\033[m")) {
         text += screen.seen();
         screen.press(screen.seen().find("(END)") == std::string::npos ? " " : "q");
     }
