@@ -44,7 +44,9 @@ bool configuration(int round)
 {
     const int lock = cfg_lock_table[CFG_LOCK_CFG].fd;
     bool good = lock_write(lock) == 0;
-    good = cfg_port_set_channel(round % 8, round % 52, 512 + round % 128) == 0 && good;
+    good = cfg_port_set_channel(0, round % 24, 512 + round % 128) == 0 && good;
+    const int first = cfg_add_sntp_server("192.0.2.1"); // it stays, once it is there
+    good = (first == 0 || first == -5) && good;
     good = cfg_add_sntp_server("192.0.2.7") == 0 && cfg_del_sntp_server("192.0.2.7") == 0 && good;
     good = lock_free(lock) == 0 && good;
     return cfg_data_sync() == 0 && good;
@@ -132,7 +134,7 @@ bool paged(int round)
     (void)pprintf("round %d of %s\n", round, cfg_strerror(-3));
     pager_finish();
     char text[64];
-    return ip_address_normalize("2001:db8:0:0::1", text) == 0;
+    return ip_address_normalize("192.000.002.001", text) == 0;
 }
 
 struct Family {

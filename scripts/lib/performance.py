@@ -35,6 +35,17 @@ What one would use instead, in the same run. These do not do the same job, so ea
 that the other lacks. Ours over the peer's: below 1, ours is the faster one.
 """
 
+# What holds a row above its floor when it is over its budget, by the row's name.
+HELD_BY = {
+    "trap_queued": """\
+**A trap into a full queue**: the floor moves the queue by one memmove. Ours moves it entry by entry and notes each, so that a
+sender may be killed at any instruction and no trap is torn or sent twice.""",
+    "program_start": """\
+**Start of a program**: a library with nothing in it costs the part that its own row tells. Of the 15 page faults beyond it, 12
+are the equipment table's, whose pointers the loader fills in; programs read it in place, so it keeps its layout
+([footprint.md](footprint.md)).""",
+}
+
 # What is true whatever the figures say, by the peer's name.
 HONEST_WORDS = {
     "Redis": """\
@@ -209,6 +220,7 @@ def page(context, seconds, budgeted, others, scaling, peers, missing):
     out.append(f"## Calls that have a budget\n\n{len(budgeted) - len(over)} of {len(budgeted)} rows are within it.\n")
     out.append("![Cost of each call over its floor](performance.svg)\n")
     out.append(beside_floor(budgeted))
+    out += [words + "\n" for name, words in HELD_BY.items() if any(row.name == name for row in over)]
     out.append("## Others that are called often\n")
     out.append(beside_floor(others))
     out.append(SCALING)
