@@ -46,7 +46,7 @@ check 'enabled, it is back' wait_for 5 runs 1002
 chapter 'A long table: paged, filtered, uploaded'
 if command -v script >/dev/null; then
     say 'On a terminal of ten lines the list of error messages stops at the first screen; "q" leaves it.'
-    printf q | TERM=vt100 script -qec 'stty rows 10 cols 100; switchcfg error --list' /dev/null >/tmp/screen || true
+    printf q | TERM=vt100 script -qc 'stty rows 10 cols 100; switchcfg error --list' /dev/null >/tmp/screen || true
     sed -n 1,9p /tmp/screen
     check 'the pager stopped it' grep -q -- '--More--' /tmp/screen
     check 'before its end' test "$(wc -l </tmp/screen)" -lt 40
