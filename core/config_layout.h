@@ -22,6 +22,7 @@ inline constexpr Dimension per_sntp_key{3, 56};
 inline constexpr Field<std::uint8_t>  trap_link_enable{"trap.link_enable", 13865, "link up and down are sent for the port", {8, 52}, {52, 1}};
 inline constexpr Field<std::uint8_t>  trap_enable{"trap.enable", 14281, "notification is sent, by trap identifier", {136, 1}};
 inline constexpr Field<Bytes<41>>     trap_port_enable{"trap.port_enable", 14417, "notifications that also need the port's leave, by unit and port", per_unit_of_ports, per_port_record};
+inline constexpr Field<Bytes<41>>     trap_channel_enable{"trap.channel_enable", 35368, "the same for port-channels, from 512: records 511 on in the row of unit 0's ports", {128, 41}};
 
 inline constexpr Field<std::uint8_t>  sntp_enable{"sntp.enable", 41788, "SNTP client runs"};
 inline constexpr Field<std::uint32_t> sntp_interval{"sntp.interval", 41789, "polling interval, seconds"};
@@ -54,6 +55,7 @@ inline constexpr FieldInfo fields[] = {
     trap_link_enable,
     trap_enable,
     trap_port_enable,
+    trap_channel_enable,
     sntp_enable,
     sntp_interval,
     sntp_server_text,

@@ -45,6 +45,12 @@ inline bool trap_enabled(int id, int unit, int port, std::uint8_t port_byte) noe
            bytes(running_config, config_layout::trap_port_enable, *record / 52, *record % 52)[port_byte] != 0;
 }
 
+// Port-channels count as ports of unit 0: their records lie far behind those of its last port.
+inline bool channel_trap_enabled(int id, int channel, std::uint8_t port_byte) noexcept
+{
+    return trap_enabled(id) && bytes(running_config, config_layout::trap_channel_enable, channel - 512)[port_byte] != 0;
+}
+
 } // namespace switchcfg
 
 #endif

@@ -98,7 +98,8 @@ void move_up(std::uint8_t *region) noexcept
     }
 }
 
-// Runs the move that is noted. Every step can be run again, so this also finishes what a dead process began.
+// Runs the move that is noted. Every step can be run again, so this also finishes what a dead process began; the count
+// is written last.
 void run_move(std::uint8_t *region) noexcept
 {
     const std::int32_t count = load(region, layout::trap_move_count);
@@ -143,6 +144,26 @@ void run_move(std::uint8_t *region) noexcept
     settle();
     store(region, layout::trap_move_step, 0);
     settle();
+}
+
+// Whether somebody has taken traps since the move was noted who knows the entries and the count only, as agents of other
+// releases do: what is left of the move would bring them back. A start into a full queue runs over the count.
+bool taken_since(std::uint8_t *region) noexcept
+{
+    const std::int32_t count = load(region, layout::trap_count);
+    const std::int32_t noted = load(region, layout::trap_move_count);
+    const bool overrun = Move{load(region, layout::trap_move_kind)} == Move::to_head && noted == capacity;
+    return overrun ? count == 0 : std::clamp(count, 0, capacity) != noted;
+}
+
+// What a process that died has left.
+void finish_move(std::uint8_t *region) noexcept
+{
+    if (taken_since(region)) {
+        store(region, layout::trap_move_step, 0);
+    } else {
+        run_move(region);
+    }
 }
 
 void note_move(std::uint8_t *region, Move kind, int first, int count) noexcept
@@ -196,7 +217,7 @@ TrapQueueHold::TrapQueueHold() noexcept
     fd_ = fd;
     region_ = status_base();
     if (load(region_, layout::trap_move_step) != 0) {
-        run_move(region_);
+        finish_move(region_);
     }
 }
 

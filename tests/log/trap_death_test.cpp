@@ -198,6 +198,11 @@ TEST_F(TrapDeath, AtAnyInstructionLeavesTheQueueBeforeOrAfter)
             const Found now = found_from(left, false);
             ASSERT_TRUE(now == after[0] || (!done && now == before[0])) << "after change " << &change - changes.data();
             done = now == after[0];
+            if (before[0] != Found()) {
+                restore(left); // and an agent that took all by setting the count gets none of them again
+                set_word(count_at, 0);
+                ASSERT_EQ(found(false), Found()) << "after change " << &change - changes.data();
+            }
         }
         EXPECT_TRUE(done);
 

@@ -215,9 +215,19 @@ TEST_F(TrapSenders, IrregularOnesWriteTheirOwnText)
     std::memcpy(config + 57829, "\x17\0\0\x17", 4);
 
     expect_trap(send_trap_sfp_changed(70, 1), 10, sub + ".2.1.1.1.70 i 70 " + common + " " + scalar + "5.0.70 i 2");
-    EXPECT_EQ(send_trap_sfp_changed(600, 1), 0);
     EXPECT_EQ(send_trap_sfp_changed(0, 1), 0);
+    EXPECT_EQ(send_trap_sfp_changed(640, 1), 0);
     EXPECT_EQ(trap_queue_count(), 0) << "no record, not enabled";
+    for (const int channel : {512, 639}) {
+        std::uint8_t *flag = config + 14417 + 41 * (channel - 1) + 2;
+        EXPECT_EQ(send_trap_sfp_changed(channel, 1), 0);
+        EXPECT_EQ(trap_queue_count(), 0);
+        *flag = 1;
+        const std::string number = std::to_string(channel);
+        expect_trap(send_trap_sfp_changed(channel, 0), 10,
+            sub + ".2.1.1.1." + number + " i " + number + " " + common + " " + scalar + "5.0." + number + " i 1");
+        *flag = 0;
+    }
 }
 
 TEST_F(TrapSenders, RefuseBadArgumentsByCode)
