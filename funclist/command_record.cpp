@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "funclist/command_record.h"
 
+#include "funclist/endpoints.h"
+
 #include <cstddef>
 #include <sys/time.h>
 #include <type_traits>
@@ -45,13 +47,19 @@ CommandRecord::CommandRecord(const BcmdFunclistServer &server, const funclist_co
     stats->next = (stats->next + 1) % FUNCLIST_STATS_COMMANDS;
 }
 
+CommandRecord::~CommandRecord()
+{
+    end(communication_error);
+}
+
 void CommandRecord::end(std::int32_t result) noexcept
 {
     if (record_ != nullptr) {
         const Now end = now();
         record_->result = result;
         record_->end_us = end.us;
-        record_->end_s = end.s; // last: it says that the rest is there
+        __atomic_store_n(&record_->end_s, end.s, __ATOMIC_RELEASE); // it says that the rest is there
+        record_ = nullptr;
     }
 }
 

@@ -12,6 +12,10 @@ class CommandRecord {
   public:
     // Takes the next record of the ring. `what` needs its family, function and arguments only.
     CommandRecord(const BcmdFunclistServer &server, const funclist_command &what) noexcept;
+    ~CommandRecord(); // a function that throws has the result that its caller gets
+    CommandRecord(const CommandRecord &) = delete;
+    CommandRecord &operator=(const CommandRecord &) = delete;
+    // Counts once.
     void end(std::int32_t result) noexcept;
 
   private:

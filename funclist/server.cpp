@@ -49,6 +49,7 @@ BcmdFunclistServer::BcmdFunclistServer()
 // The tables and the statistics go after the last function has returned.
 BcmdFunclistServer::~BcmdFunclistServer()
 {
+    dispatcher_->setKeepAliveTime(nullptr); // also when a function calls exit(), which stopping cannot wait for
     server_->stop();
     server_->wait();
     dispatcher_.reset();

@@ -157,6 +157,10 @@ int Serving::start(const std::string &name)
         errno = started_ ? EBUSY : ESHUTDOWN;
         return -1;
     }
+    if (requests_.endpoint.empty()) {
+        errno = EDESTADDRREQ;
+        return -1;
+    }
     try {
         const auto self = shared_from_this();
         {

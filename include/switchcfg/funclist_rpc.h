@@ -160,8 +160,8 @@ class SWITCHCFG_API RpcServer {
 
     /**
      * Start serving a dispatcher, which stays the caller's and may be destroyed before or after the server.
-     * @return 0, or -1 with errno: EINVAL (null), EBUSY (served already), ESHUTDOWN (stopped), EAGAIN (no thread),
-     * ENOMEM
+     * @return 0, or -1 with errno: EINVAL (null), EBUSY (served already), ESHUTDOWN (stopped), EDESTADDRREQ (not
+     * bound to an endpoint), EAGAIN (no thread), ENOMEM
      */
     int addDispatcher(AbstractZmqDispatcher *dispatcher) noexcept;
 

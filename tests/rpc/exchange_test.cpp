@@ -298,6 +298,9 @@ TEST(RpcServer, MayBeDestroyedInAnyOrderAndBeLeftByExit)
 {
     auto server = std::make_unique<RpcServer>("short-lived");
     auto dispatcher = std::make_unique<RepDispatcher>();
+    EXPECT_EQ(server->addDispatcher(dispatcher.get()), -1);
+    EXPECT_EQ(errno, EDESTADDRREQ);
+    ASSERT_EQ(dispatcher->bind(request_endpoint, false), 0);
     ASSERT_EQ(server->addDispatcher(dispatcher.get()), 0);
     dispatcher.reset();
     server.reset();
