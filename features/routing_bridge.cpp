@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // One command to the routing stack and its replies.
+#include "features/routing_codes.h"
 #include "features/routing_connection.h"
 #include "features/routing_lock.h"
 
@@ -13,14 +14,13 @@
 #include <bit>
 #include <cerrno>
 #include <cstdlib>
+#include <pthread.h>
 #include <span>
 #include <unistd.h>
 #include <utility>
 
 namespace switchcfg {
 namespace {
-
-enum SendCode { no_memory = -2, invalid_parameter = -7, no_communication = -37, busy = -140 };
 
 constexpr char sender[] = "dc_socket_send"; // in the debug lines, whichever helper writes them
 constexpr int write_attempts = 6;
@@ -33,13 +33,17 @@ struct RoutingCallback {
 };
 constinit RoutingCallback registration{};
 
-// A registration lasts for one exchange.
-struct RegistrationEnds {
-    RegistrationEnds() noexcept = default;
-    ~RegistrationEnds() { registration = {}; }
-    RegistrationEnds(const RegistrationEnds &) = delete;
-    RegistrationEnds &operator=(const RegistrationEnds &) = delete;
-};
+pthread_mutex_t registering = PTHREAD_MUTEX_INITIALIZER;
+
+// A registration lasts for one exchange, which has it to itself: another thread that gives up waiting for its turn must
+// not end it.
+RoutingCallback take_registration() noexcept
+{
+    ::pthread_mutex_lock(&registering);
+    const RoutingCallback taken = std::exchange(registration, {});
+    ::pthread_mutex_unlock(&registering);
+    return taken;
+}
 
 bool wants_fresh_connection(std::uint32_t command) noexcept
 {
@@ -128,14 +132,14 @@ int read_reply(Reply &reply) noexcept
     return 0;
 }
 
-void tell_callback(const Reply &reply)
+void tell(const RoutingCallback &registered, const Reply &reply)
 {
-    if (registration.callback != nullptr && registration.callback(registration.user_data, reply.data.get()) < 0) {
+    if (registered.callback != nullptr && registered.callback(registered.user_data, reply.data.get()) < 0) {
         debug_process(DC_DEBUG_CLASS, "%s():%d | Invalid callback", sender, __LINE__);
     }
 }
 
-int read_replies(Malloced<std::uint8_t> &last_data, std::uint32_t &last_length)
+int read_replies(const RoutingCallback &registered, Malloced<std::uint8_t> &last_data, std::uint32_t &last_length)
 {
     for (;;) {
         Reply reply;
@@ -145,7 +149,7 @@ int read_replies(Malloced<std::uint8_t> &last_data, std::uint32_t &last_length)
         last_length = reply.length; // the callback looks there
         if (reply.data != nullptr) {
             if (reply.status == DC_STATUS_MORE) {
-                tell_callback(reply);
+                tell(registered, reply);
             }
             last_data = std::move(reply.data);
         }
@@ -158,6 +162,7 @@ int read_replies(Malloced<std::uint8_t> &last_data, std::uint32_t &last_length)
 int exchange(std::uint32_t command, std::span<const std::uint8_t> payload, pid_t process,
     Malloced<std::uint8_t> &last_data, std::uint32_t &last_length)
 {
+    const RoutingCallback registered = take_registration();
     prepare_connection(command, process);
     if (!connection.is_open() && !connection.open(process)) {
         debug_process(
@@ -171,7 +176,7 @@ int exchange(std::uint32_t command, std::span<const std::uint8_t> payload, pid_t
         debug_process(DC_DEBUG_CLASS, "%s():%d | Socket writing error", sender, __LINE__);
         return give_up(no_communication);
     }
-    return command == DC_CMD_RTM_CTRL_NED_DELAY ? 0 : read_replies(last_data, last_length);
+    return command == DC_CMD_RTM_CTRL_NED_DELAY ? 0 : read_replies(registered, last_data, last_length);
 }
 
 } // namespace
@@ -179,12 +184,14 @@ int exchange(std::uint32_t command, std::span<const std::uint8_t> payload, pid_t
 
 int dc_register_callback(void *user_data, dc_reply_callback callback) noexcept
 {
-    using switchcfg::registration;
-    if (registration.callback != nullptr) {
-        return -1;
+    using namespace switchcfg;
+    ::pthread_mutex_lock(&registering);
+    const bool is_free = registration.callback == nullptr;
+    if (is_free) {
+        registration = {callback, user_data};
     }
-    registration = {callback, user_data};
-    return 0;
+    ::pthread_mutex_unlock(&registering);
+    return is_free ? 0 : -1;
 }
 
 int dc_socket_send(
@@ -198,12 +205,12 @@ int dc_socket_send(
         *reply = nullptr;
     }
     if (payload == nullptr && length != 0) {
-        const RegistrationEnds ends;
+        (void)take_registration();
         return invalid_parameter;
     }
     const RoutingLock lock{command};
-    const RegistrationEnds ends; // before the lock goes
     if (!lock) {
+        (void)take_registration();
         return busy;
     }
     Malloced<std::uint8_t> last_data;

@@ -3,6 +3,7 @@
 
 #include "util/owned.h"
 #include "util/pause.h"
+#include "util/send_rest.h"
 #include "util/socket_setup.h"
 
 #include <switchcfg/robust_io.h>
@@ -23,8 +24,7 @@ constexpr int connects_per_pass = 10;
 constexpr std::uint32_t connect_timeout_s = 1;
 constexpr int between_connects_ms = 1000;
 // A daemon that takes nothing of a payload any more; the six attempts together stay below the wait for a reply.
-constexpr int write_timeout_s = 60;
-constexpr std::int64_t write_timeout_ms = std::int64_t{1000} * write_timeout_s;
+constexpr std::uint32_t write_timeout_s = 60;
 // A daemon that sends faster than we throw away.
 constexpr int drain_limit_ms = 2000;
 
@@ -44,9 +44,7 @@ int connect_once() noexcept
         return -1;
     }
     const int on = 1;
-    const timeval patience{write_timeout_s, 0};
     (void)::setsockopt(socket.get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-    (void)::setsockopt(socket.get(), SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
     return socket.release();
 }
 
@@ -113,23 +111,18 @@ void RoutingConnection::drain() const noexcept
 // one that takes a byte now and then must not keep us.
 bool RoutingConnection::write(std::span<const std::uint8_t> bytes) const noexcept
 {
-    std::int64_t end = 0;
-    while (!bytes.empty()) {
-        const ssize_t sent = ::send(fd_, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-        if (sent < 0 && errno != EINTR) {
-            return false;
-        }
-        bytes = bytes.subspan(sent > 0 ? static_cast<std::size_t>(sent) : 0);
-        if (bytes.empty()) {
-            break;
-        }
-        const std::int64_t now = now_ms();
-        end = end == 0 ? now + write_timeout_ms : end;
-        if (now > end) {
-            return false;
-        }
+    if (bytes.empty()) {
+        return true;
     }
-    return true;
+    const ssize_t sent = ::send(fd_, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+    if (sent == static_cast<ssize_t>(bytes.size())) {
+        return true;
+    }
+    if (sent < 0 && errno != EAGAIN && errno != EINTR) {
+        return false;
+    }
+    const auto rest = bytes.subspan(sent > 0 ? static_cast<std::size_t>(sent) : 0);
+    return send_rest(fd_, reinterpret_cast<const char *>(rest.data()), rest.size(), write_timeout_s);
 }
 
 bool RoutingConnection::read(std::span<std::uint8_t> bytes) const noexcept

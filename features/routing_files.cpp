@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Answers that the routing stack writes to files.
+#include "features/routing_codes.h"
 #include "util/owned.h"
 
 #include <switchcfg/debug.h>
@@ -142,7 +143,7 @@ int cfg_dc_read_data_from_file(std::uint32_t command, const void *payload, std::
     if (status != DC_RESULT_OK) {
         debug_process(DC_DEBUG_CLASS, "%s():%d | Unexpected return rc=(%d) from message %s",
             "cfg_dc_read_data_from_file", __LINE__, status, dc_get_cmd_id_name(command));
-        return status < 0 ? status : cfg_dc_cvt_dcl_to_cfg_error_code(status);
+        return is_library_code(status) ? status : cfg_dc_cvt_dcl_to_cfg_error_code(status);
     }
     const int result = read_files(folder, collected);
     if (used != nullptr) {

@@ -18,6 +18,7 @@ namespace {
 
 constexpr std::size_t line_size = 11 + 1 + 11 + 1 + 11 + 2;
 constexpr mode_t secret = S_IRUSR | S_IWUSR;
+constexpr mode_t group_readable = secret | S_IRGRP;
 
 struct Content {
     char text[SNTP_SLOTS * line_size + 1];
@@ -49,6 +50,10 @@ bool write_all(int fd, const Content &content) noexcept
 int write_in_place(const Content &content) noexcept
 {
     const Descriptor file{::open(SNTP_KEY_FILE, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, secret)};
+    struct stat present {};
+    if (file && ::fstat(file.get(), &present) == 0 && S_ISREG(present.st_mode)) {
+        (void)::fchmod(file.get(), present.st_mode & group_readable); // as far as it is ours
+    }
     return file && write_all(file.get(), content) ? 0 : result::file_failed;
 }
 
@@ -56,7 +61,6 @@ int write_in_place(const Content &content) noexcept
 // given away, it gets no rights.
 bool take_rights_of(int fd, const struct stat &present) noexcept
 {
-    constexpr mode_t group_readable = secret | S_IRGRP;
     const bool owned = ::fchown(fd, present.st_uid, present.st_gid) == 0;
     return ::fchmod(fd, present.st_mode & (owned ? group_readable : secret)) == 0;
 }
@@ -70,7 +74,7 @@ Replaced replace(const char *path, const struct stat *present, const Content &co
     (void)::unlink(beside); // of a process that was ended half way, long ago
     const Descriptor file{::open(beside, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, secret)};
     if (!file) {
-        return Replaced::not_possible;
+        return errno == ENOSPC || errno == EDQUOT ? Replaced::failed : Replaced::not_possible;
     }
     const bool complete = (present == nullptr || take_rights_of(file.get(), *present)) &&
                           write_all(file.get(), content) && ::fsync(file.get()) == 0;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The asking side of the request channel.
 #include "util/owned.h"
+#include "util/send_rest.h"
 #include "util/socket_setup.h"
 
 #include <switchcfg/request_channel.h>
@@ -9,45 +10,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
-#include <ctime>
 #include <fcntl.h>
-#include <poll.h>
 #include <unistd.h>
 
 namespace {
-
-std::int64_t now_ms() noexcept
-{
-    timespec now{};
-    (void)::clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<std::int64_t>(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
-}
-
-// Goes on with a record that the peer did not take at once, as a blocking write would, but only for so long.
-bool send_rest(int fd, const char *bytes, std::size_t length, std::uint32_t seconds) noexcept
-{
-    const std::int64_t deadline = now_ms() + static_cast<std::int64_t>(seconds) * 1000;
-    while (length != 0) {
-        const std::int64_t left = std::clamp<std::int64_t>(deadline - now_ms(), 0, INT32_MAX);
-        pollfd wait{fd, POLLOUT, 0};
-        const int ready = ::poll(&wait, 1, static_cast<int>(left));
-        if (ready < 0 && errno == EINTR) {
-            continue;
-        }
-        if (ready <= 0) {
-            return false;
-        }
-        const ssize_t sent = ::send(fd, bytes, length, MSG_NOSIGNAL | MSG_DONTWAIT);
-        if (sent < 0 && errno != EAGAIN) {
-            return false;
-        }
-        if (sent > 0) {
-            bytes += sent;
-            length -= static_cast<std::size_t>(sent);
-        }
-    }
-    return true;
-}
 
 // One write of the record. The usual record fits the socket's buffer and costs one call; what does not fit must not
 // let a peer that never reads hold the caller for ever. On a socket that the caller made non-blocking, a short write
@@ -69,7 +35,7 @@ bool send_record(int fd, const void *record, std::size_t length, std::uint32_t s
         return sent >= 0;
     }
     const auto done = static_cast<std::size_t>(std::max<ssize_t>(sent, 0));
-    return send_rest(fd, bytes + done, length - done, seconds);
+    return switchcfg::send_rest(fd, bytes + done, length - done, seconds);
 }
 
 } // namespace

@@ -100,7 +100,7 @@ SWITCHCFG_API int dc_register_callback(void *user_data, dc_reply_callback callba
  * that ended since is noticed when it does not answer: the first command to its successor may fail with -37, and is not
  * sent again by itself, because it may have been carried out.
  *
- * Any thread may call, after cfg_init(); without it there is no lock to be had.
+ * Any thread may call, between cfg_init(), which opens the lock, and cfg_exit().
  * @param payload      `length` bytes in the form that the command has; may be null when `length` is 0
  * @param reply        receives the data of the last reply that had any, with a NUL behind it: heap memory that the
  *                     caller frees; null when there was none and after a failure. May be null

@@ -74,8 +74,8 @@ SWITCHCFG_API int cfg_set_default_sntp_auth_enable(void) SWITCHCFG_NOEXCEPT;
 
 /**
  * @name Servers
- * In use from slot 0 on without gaps, asked in this order. An address of zeros takes a slot, but the slot does not
- * count as in use.
+ * In use from slot 0 on without gaps, asked in this order. An address of zeros is stored, but its slot
+ * does not count as in use: the next server takes it.
  */
 /**@{*/
 
