@@ -80,9 +80,8 @@ int send_trap_sfp_changed(int port_number, int present) noexcept
     constexpr std::uint8_t port_byte = 2;
     const int unit = port_number / 64;
     const auto port = static_cast<int>(std::int64_t{port_number} - std::int64_t{64} * unit - 1);
-    const bool enabled = port_number >= 512 && port_number <= 639
-                             ? channel_trap_enabled(10, port_number, port_byte)
-                             : trap_enabled(10, unit, port, port_byte);
+    const bool enabled = port_number >= 512 && port_number <= 639 ? channel_trap_enabled(10, port_number, port_byte)
+                                                                  : trap_enabled(10, unit, port, port_byte);
     if (!enabled) {
         return 0;
     }

@@ -146,8 +146,8 @@ void run_move(std::uint8_t *region) noexcept
     settle();
 }
 
-// Whether somebody has taken traps since the move was noted who knows the entries and the count only, as agents of other
-// releases do: what is left of the move would bring them back. A start into a full queue runs over the count.
+// Whether somebody has taken traps since the move was noted who knows the entries and the count only, as agents of
+// other releases do: what is left of the move would bring them back. A start into a full queue runs over the count.
 bool taken_since(std::uint8_t *region) noexcept
 {
     const std::int32_t count = load(region, layout::trap_count);

@@ -10,8 +10,8 @@ namespace {
 
 using namespace switchcfg::bench;
 
-// The floor: an exported function that loads one entry of a table, reached as the library's own functions are. It is given
-// the same codes, most of them negative.
+// The floor: an exported function that loads one entry of a table, reached as the library's own functions are. It is
+// given the same codes, most of them negative.
 std::array<const char *, 2048> table;
 
 [[gnu::noinline, gnu::noipa]] const char *one_load(int code)
