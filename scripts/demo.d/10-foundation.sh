@@ -42,7 +42,7 @@ check 'and the function at fault' grep -q 'crash_on_purpose' /tmp/crash.log
 
 chapter 'Where is that thread?'
 say "The watcher is asked with the first real-time signal where it is; it goes on afterwards."
-kill -RTMIN $watcher
+kill -34 $watcher # SIGRTMIN: not every shell knows it by name
 check 'it wrote a thread dump' wait_for 5 grep -q main /tmp/stack_trace.txt
 cat /tmp/stack_trace.txt
 check 'by its name' grep -q "^Process 'watcher-daemon' (PID $watcher) thread 'watcher-daemon' (TID $watcher)" /tmp/stack_trace.txt

@@ -10,7 +10,10 @@ start_bcmd() {
     bcmd=$!
     head -c 1 /tmp/bcmd.ready >/dev/null
 }
-milliseconds() { date +%s%3N; }
+milliseconds() {
+    local microseconds=${EPOCHREALTIME/[.,]/}
+    printf '%s\n' "${microseconds::-3}"
+}
 
 chapter 'The same call from inside the daemon and from outside'
 start_bcmd
