@@ -135,6 +135,10 @@ std::optional<std::string> expand_mpls_piece(std::string_view piece, MplsValue v
             break;
         case 's':
         case 'M':
+        case 'D': // these end no piece, but one that ends with an s has their argument
+        case 'B':
+        case 'P':
+        case 'p':
             done = append_printed(printed, format, value_or_zero<const void *>(value));
             break;
         default: // prints as it stands, or a null pointer

@@ -62,6 +62,9 @@ TEST(MplsPrint, EveryConversionTakesItsOwnKindOfArgument)
     EXPECT_EQ(printed("%M %20M|", mac, mac), "00:1A:2B:3C:4D:5E    00:1A:2B:3C:4D:5E|");
     EXPECT_EQ(printed("%c%c%3c|", 'a', 0x100 + 'b', 'c'), "ab  c|");
     EXPECT_EQ(printed("%f %.1f %8.2f|", 3, 3, -3), "3.000000 3.0    -3.00|");
+    const std::uint8_t address[] = {10, 0, 0, 7};
+    EXPECT_EQ(printed("peer %D is up, %d routes|", address, 3), "peer 10.0.0.7 is up, 3 routes|");
+    EXPECT_EQ(printed("%D at the end"), "<null pointer> at the end");
     EXPECT_EQ(printed("%hhx %hd|", 0x1ff, 0x10001), "ff 1|");
     EXPECT_EQ(printed("%s", static_cast<const char *>(nullptr)), "(null)");
 }
