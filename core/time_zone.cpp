@@ -13,12 +13,15 @@ void updateTZ() noexcept
     if (running_config == nullptr) {
         return;
     }
-    // POSIX counts zones west of Greenwich. Widened first, so that no stored word overflows. Hours and minutes carry
+    // POSIX counts zones west of Greenwich. Unsigned first, so that no stored word overflows. Hours and minutes carry
     // the same sign in this text, which other programs of the switch have always read from TZ; of zones east of
     // Greenwich with minutes, C libraries read the whole hours.
-    const std::int64_t west = -std::int64_t{load(running_config, config_layout::utc_offset_minutes)};
+    const std::int32_t east = load(running_config, config_layout::utc_offset_minutes);
+    const int sign = east > 0 ? -1 : 1;
+    const std::uint32_t minutes = east < 0 ? 0U - static_cast<std::uint32_t>(east) : static_cast<std::uint32_t>(east);
     char zone[32];
-    (void)std::snprintf(zone, sizeof zone, "STD%d:%d", static_cast<int>(west / 60), static_cast<int>(west % 60));
+    (void)std::snprintf(
+        zone, sizeof zone, "STD%d:%d", sign * static_cast<int>(minutes / 60), sign * static_cast<int>(minutes % 60));
     vx_setenv("TZ", "%s", zone);
     ::tzset();
 }

@@ -35,8 +35,11 @@ int oom_adj_set(int pid, int adjustment) noexcept
 
 int random_max_n(int n) noexcept
 {
-    // In 64 bits: n = 1 makes the divisor 2^31.
-    return n < 1 ? 0 : static_cast<int>(std::rand() / (2147483647LL / n + 1)); // NOLINT(cert-msc30-c,cert-msc50-cpp)
+    if (n < 1) {
+        return 0;
+    }
+    const auto drawn = static_cast<unsigned>(std::rand()); // NOLINT(cert-msc30-c,cert-msc50-cpp)
+    return static_cast<int>(drawn / (2147483647U / static_cast<unsigned>(n) + 1)); // n = 1 makes it 2^31
 }
 
 int sleep_random(double minimum_s, double maximum_s) noexcept

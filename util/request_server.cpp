@@ -23,16 +23,18 @@ std::uint64_t since_boot_cs() noexcept
 // How long until the deadline; nothing when it has passed. What no clock can wait for is cut to 68 years.
 timespec time_until(std::uint64_t deadline) noexcept
 {
-    constexpr std::int64_t longest_s = INT32_MAX;
-    constexpr std::int64_t us_per_s = 1000000;
+    constexpr std::uint32_t longest_s = INT32_MAX;
+    constexpr std::uint32_t us_per_s = 1000000;
     const auto left_us = static_cast<std::int64_t>((deadline - since_boot_cs()) * 10000);
     if (left_us <= 0) {
         return {0, 0};
     }
-    if (left_us / us_per_s >= longest_s) {
-        return {INT32_MAX, 0};
+    const std::uint64_t left_s = static_cast<std::uint64_t>(left_us) / us_per_s;
+    if (left_s >= longest_s) {
+        return {longest_s, 0};
     }
-    return {static_cast<std::int32_t>(left_us / us_per_s), static_cast<long>(left_us % us_per_s) * 1000};
+    return {static_cast<std::int32_t>(left_s),
+        static_cast<long>(static_cast<std::uint64_t>(left_us) - left_s * us_per_s) * 1000};
 }
 
 // Above 0 when a connection waits, 0 when the time ran out, -1 when the wait failed.
