@@ -95,11 +95,11 @@ inline constexpr Field<std::int32_t>  unit_logically_removed{"unit.logically_rem
 
 // What a sender was about when entries of the trap queue move. Its step is the last word to be written and the first to
 // be cleared, so that whoever finds it set after a process has died can finish the work.
-inline constexpr Field<std::uint32_t> trap_move_step{"trap.move.step", 11269120, "entry that is moved next, plus 1; 0 while nothing moves"};
+inline constexpr Field<std::uint32_t> trap_move_step{"trap.move.step", 11269120, "up: entry that is moved next, down: pieces that are moved; plus 1; 0 while nothing moves"};
 inline constexpr Field<std::uint32_t> trap_move_kind{"trap.move.kind", 11269124, "why entries move"};
 inline constexpr Field<std::uint32_t> trap_move_id{"trap.move.id", 11269128, "identifier of the trap that is queued after the move"};
 inline constexpr Field<std::int32_t>  trap_move_count{"trap.move.count", 11269132, "queued traps before the move"};
-inline constexpr Field<std::int32_t>  trap_move_taken{"trap.move.taken", 11269136, "entries taken from the head"};
+inline constexpr Field<std::int32_t>  trap_move_source{"trap.move.source", 11269136, "first entry that moves down"};
 inline constexpr Field<Text<512>>     trap_move_text{"trap.move.text", 11269140, "variable bindings of the trap that is queued after the move"};
 // clang-format on
 
@@ -141,7 +141,7 @@ inline constexpr FieldInfo fields[] = {
     trap_move_kind,
     trap_move_id,
     trap_move_count,
-    trap_move_taken,
+    trap_move_source,
     trap_move_text,
     boot_environment_length,
     boot_environment,

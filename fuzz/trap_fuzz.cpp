@@ -231,7 +231,7 @@ void damage(Input &input)
     case 1:
         store(status, layout::trap_move_kind, input.word());
         store(status, layout::trap_move_count, static_cast<std::int32_t>(input.word()));
-        store(status, layout::trap_move_taken, static_cast<std::int32_t>(input.word()));
+        store(status, layout::trap_move_source, static_cast<std::int32_t>(input.word()));
         store(status, layout::trap_move_step, input.word());
         break;
     case 2:

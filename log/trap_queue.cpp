@@ -69,15 +69,31 @@ void put_entry(std::uint8_t *region, int index, std::uint32_t id, std::string_vi
     copy_text(text_at(region, layout::trap_text, index), text);
 }
 
-// Moves entries down by `distance` from the noted step to `end`.
-void move_down(std::uint8_t *region, int end, int distance) noexcept
+// Entries move down piece by piece, each shorter than an entry, so that it can be moved again. Pieces end where cache
+// lines do, which copies are fastest to.
+constexpr std::size_t piece_size = 512;
+constexpr std::uint32_t most_pieces = capacity * entry_size / piece_size + 2;
+static_assert(piece_size <= entry_size);
+
+// Moves entries down by `distance`, to `first` and up to `end`, from the noted step.
+void move_down(std::uint8_t *region, int first, int end, int distance) noexcept
 {
     const Copy copy = library_copy();
-    for (auto at = static_cast<int>(load(region, layout::trap_move_step)) - 1; at < end; ++at) {
-        copy_entry(copy, region, at + distance, at);
+    const auto place_of = [](int entry) {
+        return layout::trap_id.offset + static_cast<std::size_t>(entry) * entry_size;
+    };
+    const std::size_t stop = place_of(end);
+    const std::size_t gap = static_cast<std::size_t>(distance) * entry_size;
+    std::uint32_t moved = load(region, layout::trap_move_step) - 1;
+    std::size_t piece_end = (place_of(first) / piece_size + moved + 1) * piece_size;
+    std::size_t place = moved == 0 ? place_of(first) : piece_end - piece_size;
+    while (place < stop) {
+        copy(region + place, region + place + gap, std::min(piece_end, stop) - place);
         settle();
-        store(region, layout::trap_move_step, static_cast<std::uint32_t>(at) + 2);
+        store(region, layout::trap_move_step, ++moved + 1);
         settle();
+        place = piece_end;
+        piece_end += piece_size;
     }
 }
 
@@ -104,21 +120,22 @@ void run_move(std::uint8_t *region) noexcept
 {
     const std::int32_t count = load(region, layout::trap_move_count);
     const std::uint32_t id = load(region, layout::trap_move_id);
-    const std::int32_t taken = load(region, layout::trap_move_taken);
+    const std::int32_t source = load(region, layout::trap_move_source);
     const char *kept = text_at(region, layout::trap_move_text);
     const std::string_view text{kept, ::strnlen(kept, TRAP_TEXT_SIZE - 1)};
-    const bool sane = load(region, layout::trap_move_step) <= static_cast<std::uint32_t>(capacity) + 1 && count >= 0 &&
-                      count <= capacity;
-    switch (sane ? Move{load(region, layout::trap_move_kind)} : Move{}) {
+    const Move kind{load(region, layout::trap_move_kind)};
+    const std::uint32_t most_steps = kind == Move::to_head ? capacity : most_pieces;
+    const bool sane = load(region, layout::trap_move_step) <= most_steps + 1 && count >= 0 && count <= capacity;
+    switch (sane ? kind : Move{}) {
     case Move::to_back:
-        if (count > 0) {
-            move_down(region, count - 1, 1);
+        if (source > 0 && source <= count) {
+            move_down(region, source - 1, count - 1, 1);
             put_entry(region, count - 1, id, text);
         }
         break;
     case Move::drop_oldest:
         // The last place is the overflow marker's, so the first time two entries go: the oldest and the one there.
-        move_down(region, capacity - 2, 1);
+        move_down(region, 0, capacity - 2, 1);
         put_entry(region, capacity - 2, id, text);
         if (load(region, layout::trap_id, capacity - 1) != TRAP_OVERFLOW) {
             copy_text(text_at(region, layout::trap_text, capacity - 1), {});
@@ -135,9 +152,9 @@ void run_move(std::uint8_t *region) noexcept
         }
         break;
     case Move::take:
-        if (taken >= 0 && taken <= count) {
-            move_down(region, count - taken, taken);
-            store(region, layout::trap_count, count - taken);
+        if (source > 0 && source <= count) {
+            move_down(region, 0, count - source, source);
+            store(region, layout::trap_count, count - source);
         }
         break;
     }
@@ -240,7 +257,7 @@ void TrapQueueHold::take_oldest(int taken) noexcept
     if (taken >= queued) {
         store(region_, layout::trap_count, 0);
     } else if (taken > 0) {
-        store(region_, layout::trap_move_taken, taken);
+        store(region_, layout::trap_move_source, taken);
         note_move(region_, Move::take, 0, queued);
         run_move(region_);
     }
@@ -258,7 +275,8 @@ void TrapQueueHold::put(std::uint32_t id, std::string_view text) noexcept
     const int same = find(region_, queued, id, text);
     if (same >= 0) {
         note_trap(region_, id, text);
-        note_move(region_, Move::to_back, same, queued);
+        store(region_, layout::trap_move_source, same + 1);
+        note_move(region_, Move::to_back, 0, queued);
         run_move(region_);
     } else if (queued == capacity) {
         note_trap(region_, id, text);
