@@ -27,7 +27,8 @@ if(SWITCHCFG_LTO)
 endif()
 # Calls inside the library stay inside, except for what a program may define itself (host-provided.list). Exported data
 # is reached through the GOT all the same, since a program that is not position independent has its own copy.
-target_link_options(switchcfg PRIVATE
+# Two segments, as on the target: each more is a mapping and a page fault at the start of every program.
+target_link_options(switchcfg PRIVATE -Wl,-z,noseparate-code
     -Wl,--no-undefined -Wl,--gc-sections -Wl,--as-needed
     -Wl,--dynamic-list=${PROJECT_SOURCE_DIR}/cmake/host-provided.list -Wl,--dynamic-list-data
     -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/libswitchcfg.map)

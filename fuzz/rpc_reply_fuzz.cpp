@@ -33,7 +33,9 @@ class Server {
         : context_(new_context()), requests_(::zmq_socket(context_.get(), ZMQ_ROUTER)),
           probes_(::zmq_socket(context_.get(), ZMQ_ROUTER))
     {
+        const int unbounded = 0; // a client that gets no turn for a while must not lose the right reply
         for (void *const socket : {requests_.get(), probes_.get()}) {
+            require(::zmq_setsockopt(socket, ZMQ_SNDHWM, &unbounded, sizeof unbounded) == 0);
             require(::zmq_bind(socket, "tcp://127.0.0.1:*") == 0);
         }
         std::thread{[this] { serve(); }}.detach();

@@ -124,7 +124,11 @@ int run_client(const Plan &plan, int number, int progress)
             }
         }
     }
-    const Footprint after = footprint();
+    Footprint after = footprint();
+    for (int wait = 0; wait < 500 && after.descriptors > before->descriptors; ++wait) {
+        ::usleep(10000); // links that were given up a moment ago are being closed
+        after = footprint();
+    }
     std::printf("client %d: %d calls, %d failed and repeated, longest %.2f s, heap %zu -> %zu, descriptors %d -> %d\n",
         number, plan.calls, failures, longest_s, before->heap, after.heap, before->descriptors, after.descriptors);
     (void)std::fflush(stdout);
