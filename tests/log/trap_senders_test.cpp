@@ -5,6 +5,7 @@
 #include <climits>
 #include <cstdarg>
 #include <cstdio>
+#include <functional>
 #include <switchcfg/equip.h>
 #include <switchcfg/ports.h>
 #include <switchcfg/vxlog.h>
@@ -172,6 +173,103 @@ TEST_F(TrapSenders, LogLinesComeBeforeTheFlags)
     config[14281 + 42] = 1;
     expect_trap(send_trap_new_bootloader_version(3, "2.1"), 42, sub + ".1.2.1.1 i 4 " + sub + ".14.2.20.0 s 2.1\x03");
     EXPECT_EQ(last_log, "7 Slot 4 notified new bootloader version 2.1");
+}
+
+TEST_F(TrapSenders, PlainRowsInTheirOrderAndWords)
+{
+    const std::string scalar = sub + ".14.2.";
+    const std::string port = sub + ".2.1.1.1.69 i 69";
+    const std::string unit = sub + ".1.2.1.1 i 3 ";
+    const std::uint8_t mac[] = {0, 0x1a, 0x2b, 0x3c, 0x4d, 0x5e};
+    const std::string alarm = "1.3.6.1.2.1.16.3.1.1.";
+    const std::string lldp = ".1.0.8802.1.1.2.1.";
+    struct Row {
+        std::uint32_t id;
+        std::function<int()> send;
+        std::string text;
+        const char *log = "";
+    };
+    const Row rows[] = {
+        {4, [] { return send_trap_snmp_authentication_fail(); }, "", "4 SNMP authentication failure"},
+        {5, [] { return send_trap_login_failed("ann", "tacacs"); }, common + " " + scalar + "3.0 s ann\x03",
+            "4 User ann authentication was denied by tacacs"},
+        {6, [] { return send_trap_login_success("ann", "local"); }, common + " " + scalar + "3.0 s ann\x03",
+            "5 User ann authenticated by local"},
+        {11, [] { return send_trap_config_change(); }, common},
+        {12, [] { return send_trap_config_saved(1, "Saved", "ann"); }, common + " " + scalar + "4.0 i 2",
+            "5 Saved by user ann."},
+        {15, [] { return send_trap_power_change(1, 3, 4); },
+            sub + ".1.4.1.1.2.3 i 2 " + sub + ".1.4.1.2.2.3 i 3 " + sub + ".1.4.1.3.2.3 i 4"},
+        {16, [] { return send_trap_alarm_change(1, 3, 1); },
+            sub + ".1.6.1.1.2.3 i 2 " + sub + ".1.6.1.2.2.3 i 3 " + sub + ".1.6.1.3.2.3 i 2"},
+        {17, [&] { return send_trap_mac_move_detected(mac); }, scalar + "18.0 s 00:1A:2B:3C:4D:5E\x03"},
+        {19, [] { return send_trap_loopback_detected(1, 4, 0); }, port, "4 Loopback detected on port 2/5, blocking"},
+        {20, [] { return send_trap_loopback_no_more_detected(1, 4, 0); }, port,
+            "4 Loopback no more detected on port 2/5, unblocking"},
+        {21, [] { return send_trap_unidirectional_link_detected(1, 4); }, port + " " + common,
+            "4 Unidirectional link detected or link down on port 2/5, blocking"},
+        {22, [] { return send_trap_unidirectional_link_recovered(1, 4); }, port + " " + common,
+            "4 Unidirectional link recovered or link up on port 2/5, unblocking"},
+        {23, [] { return send_trap_critical_event_detected(1, 4); }, port + " " + common,
+            "4 OAM: critical event detected on port 2/5, blocking"},
+        {24, [] { return send_trap_critical_event_recovered(1, 4); }, port + " " + common,
+            "4 OAM: critical event recovered on port 2/5, unblocking"},
+        {25, [] { return send_trap_link_flap_detected(1, 4); }, port, "4 Link-Flap detected on port 2/5, blocking"},
+        {26, [] { return send_trap_link_flap_no_more_detected(1, 4); }, port,
+            "4 Link-Flap no more detected on port 2/5, unblocking"},
+        {27, [] { return send_trap_lldp_remote_changed(1, 4); }, port + " " + common,
+            "5 LLDP change in list of neighbors on port 2/5"},
+        {28, [] { return send_trap_rmon_alarm(1, 10, 3, 2, ".1.3.6", 4); },
+            alarm + "7.4 i 10 " + alarm + "5.4 i 3 " + alarm + "4.4 i 2 " + alarm + "3.4 o .1.3.6 " + alarm +
+                "1.4 i 4"},
+        {31, [] { return send_trap_port_sec_violation(1, 4); }, port},
+        {32, [] { return send_trap_critical_temperature_detected(2, 80); }, unit + common + " " + scalar + "13.0 i 80"},
+        {33, [] { return send_trap_critical_temperature_no_more_detected(2, 70); },
+            unit + common + " " + scalar + "13.0 i 70"},
+        {34, [] { return send_trap_fuse_status_change(2, 5, 1); }, unit + scalar + "14.0 i 5 " + scalar + "15.0 i 1"},
+        {35, [] { return send_trap_fans_board_presence(1); }, scalar + "16.0 i 2"},
+        {38, [] { return send_trap_high_cpu_usage_detected(); }, common},
+        {39, [] { return send_trap_high_cpu_usage_no_more_detected(); }, common},
+        {40, [] { return send_trap_high_memory_usage_detected(91); }, common + " " + scalar + "19.0 i 91"},
+        {41, [] { return send_trap_high_memory_usage_no_more_detected(60); }, common + " " + scalar + "19.0 i 60"},
+        {44, [] { return send_trap_remote_device_ready(1, 4); }, port + " " + common},
+        {45, [] { return send_trap_remote_device_lost(1, 4); }, port + " " + common},
+        {46, [] { return send_trap_remote_device_config_fail(1, 4); }, port + " " + common},
+        {47, [] { return send_trap_remote_device_config_forced(1, 4); }, port + " " + common},
+        {48, [] { return send_trap_fan_fuse_status_change(2, 5, 0); },
+            unit + scalar + "14.0 i 5 " + scalar + "15.0 i 2"},
+        {49, [] { return send_trap_l3_route_table_full(); }, common,
+            "4 Unable to add a route to hardware: Routing table is full. Please check memory configuration."},
+        {50, [] { return send_trap_egress_table_full(); }, common,
+            "4 The amount of resources to create hosts or/and MPLS actions is depleted."},
+        {71, [] { return send_trap_storm_control_broadcast(1, 4, 100, 0); },
+            common + " .1.3.6.1.2.1.2.2.1.1.69 i 69 " + scalar + "35.0 i 1 " + scalar + "36.0 i 100"},
+        {73, [] { return send_trap_bpdu_protect_limit_reached(68); }, port + " " + common},
+        {74, [] { return send_trap_bpdu_protect_timer_expired(68); }, port + " " + common},
+        {76, [] { return send_trap_rsvp(1, 2); }, common + " " + scalar + "41.0 i 2 " + scalar + "42.0 i 1"},
+        {77, [] { return send_trap_dying_gasp_received(1, 4); }, port + " " + common,
+            "4 OAM: Dying Gasp Flag received on port 2/5"},
+        {78, [] { return send_trap_erps_status_change(3, 1, nullptr); },
+            common + " " + scalar + "49.0 i 3 " + scalar + "48.0 s (unnamed)\x03 " + scalar + "50.0 i 1"},
+        {93, [] { return send_trap_core_dump(); }, common},
+        {95, [] { return send_trap_poe_overcurrent(1, 4); }, port},
+        {96, [] { return send_trap_poe_restricted(1, 4); }, port},
+        {97, [] { return send_trap_l3_host_table_full(); }, common,
+            "4 Unable to add a host to hardware: Host table is full. Please check memory configuration."},
+        {98, [] { return send_trap_lldp_med_remote_changed_global(1, nullptr, 2); },
+            lldp + "4.1.1.4 i 1 " + lldp + "4.1.1.5 s (unknown)\x03 " + lldp + "5.4795.1.3.1.1.3 i 2",
+            "5 Global LLDP-MED change in list of neighbors"},
+        {130, [] { return send_trap_lst_link_down(6); }, common + " " + scalar + "44.0 i 6"},
+        {131, [] { return send_trap_lst_link_up(6); }, common + " " + scalar + "44.0 i 6"},
+        {135, [] { return send_trap_vrrp_auth_failure("10.0.0.1", 2); },
+            "1.3.6.1.2.1.68.1.5.0 a 10.0.0.1 1.3.6.1.2.1.68.1.6.0 i 2"},
+    };
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.id);
+        last_log.clear();
+        expect_trap(row.send(), row.id, row.text);
+        EXPECT_EQ(last_log, row.log);
+    }
 }
 
 TEST_F(TrapSenders, IrregularOnesWriteTheirOwnText)
