@@ -14,8 +14,8 @@ void updateTZ() noexcept
         return;
     }
     // POSIX counts zones west of Greenwich. Unsigned first, so that no stored word overflows. Hours and minutes carry
-    // the same sign in this text, which other programs of the switch have always read from TZ; of zones east of
-    // Greenwich with minutes, C libraries read the whole hours.
+    // the same sign in this text, in all releases, although the C library does not read a sign there: it takes
+    // STD-5:-30, half past five, for 5:59.
     const std::int32_t east = load(running_config, config_layout::utc_offset_minutes);
     const int sign = east > 0 ? -1 : 1;
     const std::uint32_t minutes = east < 0 ? 0U - static_cast<std::uint32_t>(east) : static_cast<std::uint32_t>(east);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "features/routing_connection.h"
 
+#include "util/monotonic.h"
 #include "util/owned.h"
 #include "util/pause.h"
 #include "util/send_rest.h"
@@ -10,7 +11,6 @@
 #include <switchcfg/routing.h>
 
 #include <cerrno>
-#include <ctime>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
@@ -27,13 +27,6 @@ constexpr int between_connects_ms = 1000;
 constexpr std::uint32_t write_timeout_s = 60;
 // A daemon that sends faster than we throw away.
 constexpr int drain_limit_ms = 2000;
-
-std::int64_t now_ms() noexcept
-{
-    timespec now{};
-    (void)::clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<std::int64_t>(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
-}
 
 int connect_once() noexcept
 {

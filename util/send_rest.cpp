@@ -1,23 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "util/send_rest.h"
 
+#include "util/monotonic.h"
+
 #include <algorithm>
 #include <cerrno>
-#include <ctime>
 #include <poll.h>
 #include <sys/socket.h>
 
 namespace switchcfg {
-namespace {
-
-std::int64_t now_ms() noexcept
-{
-    timespec now{};
-    (void)::clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<std::int64_t>(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
-}
-
-} // namespace
 
 bool send_rest(int fd, const char *bytes, std::size_t length, std::uint32_t seconds) noexcept
 {

@@ -82,8 +82,8 @@ SWITCHCFG_API const char *dc_get_cmd_id_name(uint32_t id) SWITCHCFG_NOEXCEPT;
 typedef int (*dc_reply_callback)(void *user_data, void *reply_data);
 
 /**
- * Register the callback for this process's next exchange, which takes the registration along when it ends, however it
- * ends. To be called by the thread that sends next.
+ * Register the callback for this process's next exchange, which takes the registration along, also when it fails before
+ * it begins. To be called by the thread that sends next.
  * @return 0; -1 when a callback is registered already
  */
 SWITCHCFG_API int dc_register_callback(void *user_data, dc_reply_callback callback) SWITCHCFG_NOEXCEPT;

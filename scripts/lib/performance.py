@@ -38,7 +38,7 @@ that the other lacks. Ours over the peer's: below 1, ours is the faster one.
 # What holds a row above its floor when it is over its budget, by the row's name.
 HELD_BY = {
     "trap_queued": """\
-**A trap into a full queue**: the floor moves the queue by one memmove. Ours moves it entry by entry and notes each, so that a
+**A trap into a full queue**: the floor moves the queue by one memmove. Ours moves it piece by piece and notes each, so that a
 sender may be killed at any instruction and no trap is torn or sent twice.""",
     "program_start": """\
 **Start of a program**: a library with nothing in it costs the part that its own row tells. Of the 15 page faults beyond it, 12

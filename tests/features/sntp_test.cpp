@@ -374,7 +374,7 @@ TEST_F(Sntp, TheKeyFileKeepsItsSecretsAndItsPlace)
     EXPECT_EQ(rights_of(SNTP_KEY_FILE), (Rights{0600, ::geteuid(), ::getegid()}));
     ASSERT_EQ(::chmod(SNTP_KEY_FILE, 0666), 0);
     ASSERT_EQ(cfg_sntp_add_key(2, "MD5", "two"), 0);
-    EXPECT_EQ(rights_of(SNTP_KEY_FILE).mode, 0640U & 0644U);
+    EXPECT_EQ(rights_of(SNTP_KEY_FILE).mode, 0640U);
     ASSERT_EQ(::chmod(SNTP_KEY_FILE, 0400), 0);
     ASSERT_EQ(cfg_sntp_remove_key(2), 0);
     EXPECT_EQ(rights_of(SNTP_KEY_FILE).mode, 0400U);
@@ -396,9 +396,7 @@ TEST_F(Sntp, TheKeyFileKeepsItsSecretsAndItsPlace)
     }
     EXPECT_EQ(apply_sntp(), 0);
     EXPECT_EQ(file_text(SNTP_KEY_FILE), one) << "a mounted file cannot be replaced, so it is written in place";
-    struct stat mounted {};
-    EXPECT_EQ(::stat(SNTP_KEY_FILE, &mounted), 0);
-    EXPECT_EQ(mounted.st_mode & 0777, 0640U & 0644U);
+    EXPECT_EQ(rights_of(SNTP_KEY_FILE).mode, 0640U);
     for (const auto &entry : std::filesystem::directory_iterator{"/etc"}) {
         EXPECT_FALSE(entry.path().filename().string().starts_with("ntp.keys.")) << entry.path();
     }
