@@ -6,8 +6,10 @@ set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME dev)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/switchcfg)
 
-install(TARGETS switchcfg switchcfg-headers EXPORT switchcfg-targets
-    LIBRARY COMPONENT library NAMELINK_COMPONENT dev)
+install(TARGETS switchcfg switchcfg-equipment switchcfg-headers EXPORT switchcfg-targets
+    LIBRARY COMPONENT library NAMELINK_SKIP)
+configure_file(cmake/libswitchcfg.so.in ${PROJECT_BINARY_DIR}/generated/libswitchcfg.so @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/generated/libswitchcfg.so DESTINATION ${CMAKE_INSTALL_LIBDIR})
 set(funclist_headers ${SWITCHCFG_FUNCLIST_HEADERS})
 list(TRANSFORM funclist_headers PREPEND "PATTERN;")
 set(no_funclist_headers ${SWITCHCFG_FUNCLIST_HEADERS})
@@ -22,6 +24,7 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/switchcfgConfigVersion.cm
 install(FILES
     ${PROJECT_BINARY_DIR}/switchcfgConfig.cmake
     ${PROJECT_BINARY_DIR}/switchcfgConfigVersion.cmake
+    cmake/switchcfg-where-named.cmake
     DESTINATION ${package_dir})
 
 # The pkg-config files find their prefix from where they lie, so an installed tree can be moved.

@@ -37,8 +37,9 @@ if(SWITCHCFG_COVERAGE)
     target_link_options(switchcfg PRIVATE --coverage)
 endif()
 if(NOT SWITCHCFG_SANITIZE AND NOT SWITCHCFG_COVERAGE)
-    # Keeps libstdc++ out even by accident: a reference to it fails the link.
-    target_link_options(switchcfg PRIVATE -nodefaultlibs)
+    # Keeps libstdc++ out even by accident: a reference to it fails the link. Nor is there what a compiler starts and ends
+    # an object with: there are no destructors, and every program would look four names up for it and load a page.
+    target_link_options(switchcfg PRIVATE -nostdlib)
     target_link_libraries(switchcfg PRIVATE ZLIB::ZLIB c gcc)
 else()
     target_link_libraries(switchcfg PRIVATE ZLIB::ZLIB)

@@ -423,5 +423,9 @@ std::uint8_t cfg_equip_get_has_rpu_pwr_sharing_support(std::uint32_t unit) noexc
 
 const char *cfg_equip_get_mgmt_eth(std::uint32_t unit) noexcept
 {
-    return unit_is_valid(unit) ? unit_record(unit).mgmt_eth : nullptr;
+    if (!unit_is_valid(unit)) {
+        return nullptr;
+    }
+    const ShortText &name = unit_texts(unit).mgmt_eth;
+    return name[0] != '\0' ? name.data() : nullptr;
 }

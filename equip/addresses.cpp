@@ -55,7 +55,7 @@ char *cfg_equip_get_unit_ipv6_addr(std::uint32_t unit, int *ifindex_out, char *d
         return strncpy_safe(dst, address, len);
     }
     char interface[IF_NAMESIZE] = "";
-    if (const char *management = unit_record(0).mgmt_eth; management != nullptr) {
+    if (const char *management = cfg_equip_get_mgmt_eth(0); management != nullptr) {
         (void)std::snprintf(interface, sizeof interface, "%s%s", management, management_vlan);
     }
     *ifindex_out = static_cast<int>(::if_nametoindex(interface));

@@ -1,74 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-// The equipment record that follows from a model's facts, worked out at compile time.
+// The numbers of the equipment record that follow from a model's facts, worked out at compile time.
 #ifndef SWITCHCFG_EQUIP_MODEL_RECORD_H
 #define SWITCHCFG_EQUIP_MODEL_RECORD_H
 
 #include "equip/model_facts.h"
 
-#include <array>
-#include <switchcfg/equip.h>
+#include <switchcfg/equip_table.h>
 
 namespace switchcfg {
-
-// "ETH44GT+4GC+2XX+S+MPLS (DC)" is the longest.
-inline constexpr std::size_t model_name_size = 28;
-using ModelName = std::array<char, model_name_size>;
-
 namespace detail {
-
-class NameWriter {
-  public:
-    constexpr NameWriter &operator<<(const char *part)
-    {
-        while (*part != '\0') {
-            name_.at(length_++) = *part++;
-        }
-        return *this;
-    }
-    constexpr NameWriter &operator<<(int count)
-    {
-        if (count >= 10) {
-            name_.at(length_++) = static_cast<char>('0' + count / 10);
-        }
-        name_.at(length_++) = static_cast<char>('0' + count % 10);
-        return *this;
-    }
-    constexpr ModelName name() const { return name_; }
-
-  private:
-    ModelName name_{};
-    std::size_t length_ = 0;
-};
-
-constexpr const char *text_of(Front front)
-{
-    return front == Front::gx ? "GX" : front == Front::gt ? "GT" : "GP";
-}
-
-constexpr const char *text_of(Layer layer)
-{
-    return layer == Layer::l2 ? "L2" : layer == Layer::l3 ? "L3" : "MPLS";
-}
-
-constexpr const char *port_range(int ports)
-{
-    switch (ports) {
-    case 24:
-        return " 1-24";
-    case 26:
-        return " 1-26";
-    case 28:
-        return " 1-28";
-    case 48:
-        return " 1-48";
-    case 50:
-        return " 1-50";
-    case 52:
-        return " 1-52";
-    default:
-        return nullptr;
-    }
-}
 
 struct PowerBudget {
     std::int32_t supply;   // milliwatts; 0 where it depends on what is plugged
@@ -193,54 +133,14 @@ constexpr void fill_power(cfg_equip_record &record, const ModelFacts &facts)
     record.internal_power_usage = budget.internal;
     record.power_available_to_ext_dev = facts.poe() ? budget.supply - budget.internal : 0;
     record.has_rpu_support = facts.supply == Supply::redundant || (facts.newest_20() && facts.poe()) ? 1 : 0;
-    switch (facts.supply) {
-    case Supply::removable:
-        record.power_input_names[0] = "Main";
-        record.power_input_names[1] = "Backup";
-        break;
-    case Supply::redundant:
-        record.power_input_names[0] = "Main";
-        record.power_input_names[1] = "RPU";
-        break;
-    case Supply::dc:
-        record.power_input_names[0] = "A";
-        record.power_input_names[1] = "B";
-        break;
-    case Supply::unlabelled:
-        break;
-    }
 }
 
 } // namespace detail
 
-constexpr ModelName model_name(const ModelFacts &facts)
-{
-    detail::NameWriter name;
-    name << "ETH" << facts.front_ports << detail::text_of(facts.front);
-    if (facts.combo_ports != 0) {
-        name << "+" << facts.combo_ports << "GC";
-    }
-    if (facts.cages != 0) {
-        name << "+" << facts.cages << (facts.cage == Cage::xx ? "XX" : "XS");
-    }
-    if (facts.stacks()) {
-        name << "+S";
-    }
-    name << "+" << detail::text_of(facts.layer);
-    if (facts.supply == Supply::dc) {
-        name << " (DC)";
-    }
-    return name.name();
-}
-
-// `name` must outlive the record.
-constexpr cfg_equip_record record_of(int model, const ModelName &name)
+constexpr cfg_equip_record record_without_texts(int model)
 {
     const ModelFacts &facts = model_facts[model];
     cfg_equip_record record{};
-    record.name = name.data();
-    record.block_name[0] = detail::port_range(facts.user_ports());
-    record.mgmt_eth = "eth0";
     record.eth_outband_ifaces_num = 1;
     record.int_oid = 86 + detail::rank(model, detail::same_product);
     record.snmp_model_id = 32 + detail::rank(model, detail::same_board);

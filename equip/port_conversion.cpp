@@ -210,7 +210,7 @@ int cfg_equip_user_to_phys_pbmp_tq5200(int unit, const uint32_t *user_pbmp, cfg_
     *out = {};
     const std::int32_t model = model_number(unit);
     const Layout layout = layout_of[model];
-    const cfg_equip_record &record = model_record(model);
+    const ModelRecord &record = model_record(model);
     out->chips = std::min<std::int32_t>(record.local_units, CFG_EQUIP_PHYS_PBMP_CHIPS);
     for (int index = 0; index < out->chips; ++index) {
         out->chip[index].module = module_of(unit, index);

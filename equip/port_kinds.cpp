@@ -64,7 +64,7 @@ int port_type(int unit, int port) noexcept
         return result::invalid_parameter;
     }
     const std::int32_t model = expected_model_number(unit);
-    const cfg_equip_record &record = model_record(model);
+    const ModelRecord &record = model_record(model);
     if (port >= record.user_eth_ports && port < record.user_eth_ports + record.stack_ports) {
         return CFG_PORT_TYPE_STACKING;
     }

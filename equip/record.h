@@ -5,13 +5,24 @@
 #define SWITCHCFG_EQUIP_RECORD_H
 
 #include "core/status_region.h"
+#include "equip/model_texts.h"
 
-#include <switchcfg/equip.h>
+#include <switchcfg/equip_table.h>
 
 namespace switchcfg {
 
-// The same object as Equip_tq5200, under a name that is not reached through the GOT.
-[[gnu::visibility("hidden")]] extern const cfg_equip_record equip_table[CFG_EQUIP_RECORDS];
+// A record as the library itself reads it. Its texts are null, so that the table has no relocations and is one memory for
+// all processes; model_texts has them.
+struct ModelRecord : cfg_equip_record {
+  private:
+    using cfg_equip_record::block_name;
+    using cfg_equip_record::mgmt_eth;
+    using cfg_equip_record::name;
+    using cfg_equip_record::power_input_names;
+};
+
+[[gnu::visibility("hidden")]] extern const std::array<ModelRecord, CFG_EQUIP_RECORDS> model_records;
+[[gnu::visibility("hidden")]] extern const std::array<ModelTexts, CFG_EQUIP_RECORDS> model_texts;
 
 inline constexpr bool unit_is_valid(std::uint32_t unit) noexcept
 {
@@ -29,19 +40,26 @@ inline std::int32_t unit_model(std::uint32_t unit) noexcept
 }
 
 // Record 0 stands for every number that is no model's, a negative one included.
-inline const cfg_equip_record &model_record(std::int32_t model) noexcept
+inline std::uint32_t record_number(std::int32_t model) noexcept
 {
-    const auto index = static_cast<std::uint32_t>(model);
-    if (index < CFG_EQUIP_RECORDS) [[likely]] {
-        return equip_table[index];
-    }
-    return equip_table[0];
+    const auto number = static_cast<std::uint32_t>(model);
+    return number < CFG_EQUIP_RECORDS ? number : 0;
+}
+
+inline const ModelRecord &model_record(std::int32_t model) noexcept
+{
+    return model_records[record_number(model)];
 }
 
 // Of a valid unit.
-inline const cfg_equip_record &unit_record(std::uint32_t unit) noexcept
+inline const ModelRecord &unit_record(std::uint32_t unit) noexcept
 {
     return model_record(unit_model(unit));
+}
+
+inline const ModelTexts &unit_texts(std::uint32_t unit) noexcept
+{
+    return model_texts[record_number(unit_model(unit))];
 }
 
 // Whether a valid unit is in the stack.

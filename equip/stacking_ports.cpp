@@ -58,7 +58,7 @@ int cfg_equip_stack_port_to_id_tq5200(int unit, int port, int *id) noexcept
         return result::invalid_unit_or_port;
     }
     const std::int32_t model = model_number(unit);
-    const cfg_equip_record &record = model_record(model);
+    const ModelRecord &record = model_record(model);
     if (record.stack_ports == 0) {
         return result::unavailable;
     }

@@ -8,7 +8,7 @@
 #include <iostream>
 #include <sstream>
 #include <string>
-#include <switchcfg/equip.h>
+#include <switchcfg/equip_table.h>
 
 namespace {
 

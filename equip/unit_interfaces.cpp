@@ -25,7 +25,7 @@ int cfg_equip_get_number_of_user_interfaces(std::uint32_t unit, std::uint32_t ty
     if (count_out == nullptr) {
         return invalid_parameter;
     }
-    const cfg_equip_record &record = unit_record(unit);
+    const ModelRecord &record = unit_record(unit);
     switch (type) {
     case CFG_EQUIP_USER_ETH:
         *count_out = record.user_eth_ports;
@@ -65,7 +65,7 @@ int cfg_equip_get_number_of_user_interfaces(std::uint32_t unit, std::uint32_t ty
 int cfg_equip_system_is_class_id_supported() noexcept
 {
     for (std::uint32_t unit = 0; unit < status_layout::max_units; ++unit) {
-        const cfg_equip_record &record = unit_record(unit);
+        const ModelRecord &record = unit_record(unit);
         if (unit_is_present(unit) && record.is_fabric == 0 && record.vlan_class_id_support == 0) {
             return 0;
         }

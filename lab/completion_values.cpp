@@ -7,7 +7,7 @@
 
 #include <cstdlib>
 #include <exception>
-#include <switchcfg/equip.h>
+#include <switchcfg/equip_table.h>
 
 namespace switchcfg::tool {
 namespace {

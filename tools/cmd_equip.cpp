@@ -10,7 +10,7 @@
 #include <algorithm>
 #include <memory>
 #include <span>
-#include <switchcfg/equip.h>
+#include <switchcfg/equip_table.h>
 #include <switchcfg/status.h>
 
 namespace switchcfg::tool {

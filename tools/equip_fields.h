@@ -6,7 +6,7 @@
 #include "tools/command_line/output.h"
 
 #include <span>
-#include <switchcfg/equip.h>
+#include <switchcfg/equip_table.h>
 
 namespace switchcfg::tool {
 

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
-#include <switchcfg/equip.h>
+#include <switchcfg/equip_table.h>
 #include <switchcfg/ports.h>
 
 namespace switchcfg::tool {

@@ -5,7 +5,7 @@
 #include "tools/command_line/failure.h"
 #include "tools/models.h"
 
-#include <switchcfg/equip.h>
+#include <switchcfg/equip_table.h>
 #include <switchcfg/ports.h>
 #include <switchcfg/provision.h>
 #include <switchcfg/status.h>

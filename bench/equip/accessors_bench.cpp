@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Equipment accessors and status look-ups beside the two loads that they cannot do without: the model number of the
 // unit, and the field of its record. The floor is a call too, as every caller of the library makes one.
-#include <switchcfg/equip.h>
+#include <switchcfg/equip_table.h>
 #include <switchcfg/status.h>
 
 #include "bench/support/compare.h"

@@ -7,7 +7,7 @@
 #include <charconv>
 #include <cstdio>
 #include <strings.h>
-#include <switchcfg/equip.h>
+#include <switchcfg/equip_table.h>
 
 namespace switchlab {
 namespace {

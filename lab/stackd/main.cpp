@@ -9,7 +9,7 @@
 #include "tools/stack_units.h"
 #include "util/byte_order.h"
 
-#include <switchcfg/equip.h>
+#include <switchcfg/equip_table.h>
 #include <switchcfg/log.h>
 #include <switchcfg/signals.h>
 #include <switchcfg/startup.h>

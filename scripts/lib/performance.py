@@ -40,10 +40,6 @@ HELD_BY = {
     "trap_queued": """\
 **A trap into a full queue**: the floor moves the queue by one memmove. Ours moves it piece by piece and notes each, so that a
 sender may be killed at any instruction and no trap is torn or sent twice.""",
-    "program_start": """\
-**Start of a program**: a library with nothing in it costs the part that its own row tells. Of the 15 page faults beyond it, 12
-are the equipment table's, whose pointers the loader fills in; programs read it in place, so it keeps its layout
-([footprint.md](footprint.md)).""",
 }
 
 # What is true whatever the figures say, by the peer's name.

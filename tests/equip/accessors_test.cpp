@@ -182,6 +182,27 @@ TEST_F(Accessors, TextsAreCutAndTerminated)
     EXPECT_EQ(copied([](char *dst, std::size_t n) { return cfg_equip_get_power_input_names(1, 0, dst, n); }), "A");
 }
 
+TEST_F(Accessors, TextsAreThoseOfTheTable)
+{
+    const auto or_empty = [](const char *text) { return std::string{text != nullptr ? text : ""}; };
+    for (int model = 0; model < CFG_EQUIP_RECORDS; ++model) {
+        SCOPED_TRACE(model);
+        put(6, model);
+        const cfg_equip_record &record = Equip_tq5200[model];
+        EXPECT_EQ(name_of(model, 6), or_empty(record.name));
+        EXPECT_STREQ(cfg_equip_get_mgmt_eth(6), record.mgmt_eth);
+        EXPECT_EQ(copied([](char *dst, std::size_t n) { return cfg_equip_get_block_name(6, 0, dst, n); }),
+            or_empty(record.block_name[0]));
+        for (std::uint32_t i = 0; i < 2; ++i) {
+            EXPECT_EQ(copied([i](char *dst, std::size_t n) { return cfg_equip_get_power_input_names(6, i, dst, n); }),
+                or_empty(record.power_input_names[i]));
+        }
+    }
+    // A place that no record has.
+    EXPECT_EQ(copied([](char *dst, std::size_t n) { return cfg_equip_get_block_name(6, 1, dst, n); }), "");
+    EXPECT_EQ(copied([](char *dst, std::size_t n) { return cfg_equip_get_power_input_names(6, 2, dst, n); }), "");
+}
+
 TEST_F(Accessors, NameComesFromTheTableTheBoardOrNowhere)
 {
     put(5, 90);

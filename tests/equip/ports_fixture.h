@@ -4,7 +4,7 @@
 #define SWITCHCFG_TESTS_EQUIP_PORTS_FIXTURE_H
 
 #include <switchcfg/config_region.h>
-#include <switchcfg/equip.h>
+#include <switchcfg/equip_table.h>
 #include <switchcfg/ports.h>
 #include <switchcfg/status.h>
 
