@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The equipment table for programs that read it in place: the library's own records with pointers to their texts. It is all
-// that libswitchcfg-equipment.so has.
+// The equipment table for programs that read it in place: the library's own records with pointers to their texts. It is
+// all that libswitchcfg-equipment.so has.
 #include "equip/model_record.h"
 #include "equip/model_texts.h"
 

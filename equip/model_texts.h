@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The texts of the equipment record that follow from a model's facts, worked out at compile time. They are characters in
-// place, not pointers: a pointer costs every process that loads it a relocation, and soon a page.
+// The texts of the equipment record that follow from a model's facts, worked out at compile time. They are characters
+// in place, not pointers: a pointer costs every process that loads it a relocation, and soon a page.
 #ifndef SWITCHCFG_EQUIP_MODEL_TEXTS_H
 #define SWITCHCFG_EQUIP_MODEL_TEXTS_H
 

@@ -11,8 +11,8 @@
 
 namespace switchcfg {
 
-// A record as the library itself reads it. Its texts are null, so that the table has no relocations and is one memory for
-// all processes; model_texts has them.
+// A record as the library itself reads it. Its texts are null, so that the table has no relocations and is one memory
+// for all processes; model_texts has them.
 struct ModelRecord : cfg_equip_record {
   private:
     using cfg_equip_record::block_name;
