@@ -16,6 +16,7 @@
 #include <stdexcept>
 #include <switchcfg/config_region.h>
 #include <switchcfg/error.h>
+#include <switchcfg/ports.h>
 #include <switchcfg/trap.h>
 #include <unistd.h>
 
@@ -143,6 +144,7 @@ void send(const TrapSender &sender, const Words &words)
 struct PortChoice {
     std::uint32_t unit = 0;
     std::uint32_t port = 0;
+    std::uint32_t channel = 0; // 512 to 639, instead of both
 };
 
 PortChoice port_of(const std::string &text)
@@ -150,11 +152,36 @@ PortChoice port_of(const std::string &text)
     unsigned unit = 0;
     unsigned port = 0;
     char more = 0;
-    if (std::sscanf(text.c_str(), "%1u/%2u%c", &unit, &port, &more) != 2 || unit < 1 || unit > 8 || port < 1 ||
-        port > 52) {
-        throw Failure{"'" + text + "' is no port: UNIT/PORT, from 1/1 to 8/52"};
+    if (std::sscanf(text.c_str(), "%1u/%2u%c", &unit, &port, &more) == 2 && unit >= 1 && unit <= 8 && port >= 1 &&
+        port <= 52) {
+        return {unit - 1, port - 1};
     }
-    return {unit - 1, port - 1};
+    unsigned channel = 0;
+    if (std::sscanf(text.c_str(), "%3u%c", &channel, &more) == 1 && channel >= CFG_PORT_CHANNEL_FIRST &&
+        channel <= CFG_PORT_CHANNEL_LAST) {
+        return {0, 0, channel};
+    }
+    throw Failure{"'" + text + "' is no port: UNIT/PORT, from 1/1 to 8/52, or a port-channel, 512 to 639"};
+}
+
+// Of port-channels only the transceivers' flag is looked at.
+bool has_flag(const TrapSender &sender, const PortChoice &port)
+{
+    return sender.port_byte >= 0 && (port.channel == 0 || sender.name == "sfp_changed");
+}
+
+void enable_by_port(std::uint8_t *config, const TrapSender &sender, const PortChoice &port, std::uint8_t value)
+{
+    const auto flag = static_cast<std::size_t>(sender.port_byte);
+    if (port.channel != 0) {
+        bytes(config, config_layout::trap_channel_enable, port.channel - CFG_PORT_CHANNEL_FIRST)[flag] = value;
+        return;
+    }
+    bytes(config, config_layout::trap_port_enable, port.unit, port.port)[flag] = value;
+    // The two link traps have one more flag in common, which also is the port's.
+    if (value != 0 && (sender.name == "linkUp" || sender.name == "linkDown")) {
+        store(config, config_layout::trap_link_enable, 1, port.unit, port.port);
+    }
 }
 
 void enable(const std::string &name, const std::string &port_text, bool enabled)
@@ -176,17 +203,10 @@ void enable(const std::string &name, const std::string &port_text, bool enabled)
             }
             continue;
         }
-        if (sender.port_byte < 0) {
-            if (name != "all") {
-                throw Failure{name + ": has no flag by port"};
-            }
-            continue;
-        }
-        bytes(config, config_layout::trap_port_enable, port.unit,
-            port.port)[static_cast<std::size_t>(sender.port_byte)] = value;
-        // The two link traps have one more flag in common, which also is the port's.
-        if (enabled && sender.name.starts_with("link") && (sender.name == "linkUp" || sender.name == "linkDown")) {
-            store(config, config_layout::trap_link_enable, 1, port.unit, port.port);
+        if (has_flag(sender, port)) {
+            enable_by_port(config, sender, port, value);
+        } else if (name != "all") {
+            throw Failure{name + ": has no flag by " + (port.channel != 0 ? "port-channel" : "port")};
         }
     }
     if (!found) {
@@ -270,7 +290,7 @@ void add_trap_commands(CLI::App &app)
         auto *command = trap->add_subcommand(
             enabled ? "enable" : "disable", enabled ? "Let notifications be sent" : "Let notifications be dropped");
         command->add_option("name", *name, "NAME as for send, or all")->required();
-        command->add_option("--port", *port, "UNIT/PORT, from 1/1: the flags of this port instead");
+        command->add_option("--port", *port, "UNIT/PORT, from 1/1, or a port-channel: its flags instead");
         command->callback([=] { enable(*name, *port, enabled); });
     }
 

@@ -152,9 +152,10 @@ SWITCHCFG_API int cfg_set_sntp_key_type(int slot, const char *type) SWITCHCFG_NO
 SWITCHCFG_API int cfg_set_sntp_key_value(int slot, const char *value) SWITCHCFG_NOEXCEPT;
 
 /**
- * Add a key, not bound, in the first free record and rewrite the key file. The daemon is not switched.
+ * Add a key, not bound, in the first free record and rewrite the key file. The daemon is not switched. A key file that
+ * cannot be written is no error here: the key is configured, and binding it to a server writes the file again and tells.
  * @return 0; -7 for identifier 0; -32 when a text is too long; -7 when one is empty or null; -5 when the identifier is
- *         taken; -9 when no record is free; -44, with the key added
+ *         taken; -9 when no record is free
  */
 SWITCHCFG_API int cfg_sntp_add_key(uint32_t id, const char *type, const char *value) SWITCHCFG_NOEXCEPT;
 

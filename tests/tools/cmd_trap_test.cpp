@@ -37,6 +37,10 @@ TEST(CmdTrap, QueuesWhatIsEnabledAndDrainsIt)
     EXPECT_EQ(traps[0]["bindings"][0]["value"], "5");
     EXPECT_EQ(traps[1]["bindings"][2]["value"], "two words");
     EXPECT_EQ(trap("list").out, "");
+    EXPECT_EQ(trap("enable sfp_changed --port 513").status, 0);
+    EXPECT_EQ(trap("send sfp_changed 512 1").status, 0);
+    EXPECT_EQ(trap("send sfp_changed 513 1").status, 0);
+    EXPECT_EQ(json::parse(trap("drain --json").out).size(), 1U) << "the other port-channel's is off";
     EXPECT_EQ(trap("send cold_start").status, 0);
     EXPECT_EQ(json::parse(trap("watch --count 1 --json").out)["id"], 0);
 }
@@ -45,7 +49,8 @@ TEST(CmdTrap, RefusesWhatItCannotDo)
 {
     for (const auto &[arguments, reason] : std::initializer_list<std::pair<const char *, const char *>>{
              {"enable no_such", "'no_such' is no trap"}, {"enable link_flap_detected --port 9/1", "'9/1' is no port"},
-             {"enable cold_start --port 1/1", "has no flag by port"},
+             {"enable cold_start --port 1/1", "has no flag by port"}, {"enable all --port 640", "'640' is no port"},
+             {"enable linkUp --port 512", "has no flag by port-channel"},
              {"send link_flap_detected 0 4x", "'4x' is no number that fits"},
              {"send mac_move_detected 00:11", "'00:11' is no MAC address"},
              {"send cfm_fault_notification a b 1 0 1", "(-13)"}}) {
