@@ -153,7 +153,8 @@ SWITCHCFG_API int cfg_set_sntp_key_value(int slot, const char *value) SWITCHCFG_
 
 /**
  * Add a key, not bound, in the first free record and rewrite the key file. The daemon is not switched. A key file that
- * cannot be written is no error here: the key is configured, and binding it to a server writes the file again and tells.
+ * cannot be written is no error here: the key is configured, and binding it to a server writes the file again and
+ * tells.
  * @return 0; -7 for identifier 0; -32 when a text is too long; -7 when one is empty or null; -5 when the identifier is
  *         taken; -9 when no record is free
  */
