@@ -1,16 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "bootenv/boot.h"
 
+#include "support/file_text.h"
+
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <switchcfg/bootenv.h>
 #include <switchcfg/status.h>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <zlib.h>
 
 namespace switchcfg::testing {
@@ -18,15 +17,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::uint32_t crc_of(std::span<const std::uint8_t> bytes)
+// The word that belongs in front of what follows it.
+std::array<std::uint8_t, 4> crc_word(const Image &image)
 {
-    return static_cast<std::uint32_t>(::crc32(0, bytes.data(), static_cast<uInt>(bytes.size())));
-}
-
-Image read_image(const char *path)
-{
-    std::ifstream file{path, std::ios::binary};
-    return {std::istreambuf_iterator<char>{file}, {}};
+    const auto crc = ::crc32(0, image.data() + 4, static_cast<uInt>(image.size() - 4));
+    return {static_cast<std::uint8_t>(crc >> 24), static_cast<std::uint8_t>(crc >> 16),
+        static_cast<std::uint8_t>(crc >> 8), static_cast<std::uint8_t>(crc)};
 }
 
 } // namespace
@@ -39,21 +35,13 @@ Image image_of(const Environment &environment)
         image.push_back(0);
     }
     image.resize(4 + area_size);
-    const std::uint32_t crc = crc_of(std::span{image}.subspan(4));
-    for (int i = 0; i < 4; ++i) {
-        image[static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(crc >> (24 - 8 * i));
-    }
+    std::ranges::copy(crc_word(image), image.begin());
     return image;
 }
 
 bool checksum_holds(const Image &image)
 {
-    if (image.size() < 4) {
-        return false;
-    }
-    const std::uint32_t crc = crc_of(std::span{image}.subspan(4));
-    return image[0] == crc >> 24 && image[1] == (crc >> 16 & 0xFF) && image[2] == (crc >> 8 & 0xFF) &&
-           image[3] == (crc & 0xFF);
+    return image.size() >= 4 && std::ranges::equal(std::span{image}.first(4), crc_word(image));
 }
 
 FlashDevice &flash()
@@ -74,14 +62,14 @@ std::optional<Image> backup_content()
     if (!fs::exists(backup_path)) {
         return std::nullopt;
     }
-    return read_image(backup_path);
+    const std::string bytes = file_text(backup_path);
+    return Image{bytes.begin(), bytes.end()};
 }
 
 void make_backup(const Image &image)
 {
     fs::create_directories("/mnt/flash/bkp");
-    std::ofstream{backup_path, std::ios::binary}.write(
-        reinterpret_cast<const char *>(image.data()), static_cast<std::streamsize>(image.size()));
+    write_file(backup_path, {image.begin(), image.end()});
 }
 
 void remove_backup()
@@ -112,17 +100,6 @@ Environment environment()
     std::for_each_n(list, count, std::free);
     std::free(list);
     return texts;
-}
-
-int in_child(const std::function<int()> &body)
-{
-    const pid_t child = ::fork();
-    if (child == 0) {
-        ::_exit(body());
-    }
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
 } // namespace switchcfg::testing

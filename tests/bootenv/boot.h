@@ -6,7 +6,6 @@
 #include "support/flash_device.h"
 
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -33,9 +32,6 @@ void remove_backup();                  // with its folder
 // A new status region, as after a start, with what bootenv_init() says of it.
 int start_switch();
 Environment environment();
-
-// Runs in a child process, so that it can end in the middle; gives its exit status.
-int in_child(const std::function<int()> &body);
 
 } // namespace switchcfg::testing
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "bootenv/boot.h"
+#include "support/output.h"
 
 #include <cstring>
 #include <gmock/gmock.h>
@@ -21,17 +22,12 @@ std::uint8_t *status()
     return static_cast<std::uint8_t *>(get_status());
 }
 
-std::uint32_t word_at(std::size_t offset)
-{
-    std::uint32_t word = 0;
-    std::memcpy(&word, status() + offset, sizeof word);
-    return word;
-}
-
 // The three flags and the two words: applied at start, last written.
 std::vector<std::uint32_t> published()
 {
-    return {status()[68], status()[69], status()[73], word_at(1384), word_at(1388)};
+    std::uint32_t words[2];
+    std::memcpy(words, status() + 1384, sizeof words);
+    return {status()[68], status()[69], status()[73], words[0], words[1]};
 }
 
 TEST(Features, WhatIsEnabledChangesAtStartOnly)
@@ -66,16 +62,11 @@ TEST(Features, StoringTheBitmapSavesItAsADecimalText)
     EXPECT_EQ(flash().copy(), before);
 }
 
-struct Reduced {
-    std::uint64_t bitmap;
-    std::string said;
-};
-
-Reduced reduce(int unit, std::uint64_t bitmap)
+// The bitmap that is left, and what is said.
+std::pair<std::uint64_t, std::string> reduce(int unit, std::uint64_t bitmap)
 {
-    ::testing::internal::CaptureStdout();
-    cfg_bootenv_check_chip_capability(unit, &bitmap);
-    return {bitmap, ::testing::internal::GetCapturedStdout()};
+    std::string said = output_of([&] { cfg_bootenv_check_chip_capability(unit, &bitmap); });
+    return {bitmap, std::move(said)};
 }
 
 void set_model(int unit, int model)
@@ -108,21 +99,20 @@ TEST(Features, HardwareKeepsWhatItHasAndSaysWhatItDrops)
                 continue;
             }
             combinations.emplace_back(poe, mpls);
-            const Reduced reduced = reduce(3, all);
-            EXPECT_EQ(reduced.bitmap, (poe ? 0x1F800U : 0U) | (mpls ? 4U : 0U) | 2U | (l3 ? 1U : 0U));
-            EXPECT_EQ(reduced.said,
-                (poe ? "" : "POE" + refused) + (mpls ? "" : "MPLS" + refused) + (l3 ? "" : "L3" + refused));
+            const auto [bitmap, said] = reduce(3, all);
+            EXPECT_EQ(bitmap, (poe ? 0x1F800U : 0U) | (mpls ? 4U : 0U) | 2U | (l3 ? 1U : 0U));
+            EXPECT_EQ(said, (poe ? "" : "POE" + refused) + (mpls ? "" : "MPLS" + refused) + (l3 ? "" : "L3" + refused));
         }
     }
     EXPECT_THAT(combinations, Contains(std::pair(true, false)));
     EXPECT_THAT(combinations, Contains(std::pair(false, true)));
 
     set_model(3, 0);
-    EXPECT_EQ(reduce(3, 0xFFFFFFFF00000000U).bitmap, 0U);
-    EXPECT_EQ(reduce(3, 2).said, "") << "what is not asked for is not refused";
-    EXPECT_EQ(reduce(3, 0x800).said, "POE" + refused) << "one of the six bits is enough";
+    EXPECT_EQ(reduce(3, 0xFFFFFFFF00000000U).first, 0U);
+    EXPECT_EQ(reduce(3, 2).second, "") << "what is not asked for is not refused";
+    EXPECT_EQ(reduce(3, 0x800).second, "POE" + refused) << "one of the six bits is enough";
     for (const int unit : {8, -1}) {
-        EXPECT_EQ(reduce(unit, all).bitmap, 2U) << "no such unit";
+        EXPECT_EQ(reduce(unit, all).first, 2U) << "no such unit";
     }
 }
 

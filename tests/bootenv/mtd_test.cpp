@@ -2,7 +2,6 @@
 // The boot environment on a flash partition of the kernel's own, whose device numbers SWITCHCFG_TEST_MTD gives
 // (MAJOR:MINOR) because it is erased: scripts/target-system has one.
 #include "bootenv/boot.h"
-#include "bootenv/operations.h"
 #include "bootenv/restart.h"
 
 #include <algorithm>
@@ -22,7 +21,6 @@
 namespace switchcfg::testing {
 namespace {
 
-using ::testing::Contains;
 using ::testing::ElementsAre;
 
 constexpr std::uint32_t block = 16 * 1024;
@@ -58,20 +56,6 @@ class Mtd : public ::testing::Test {
 
     int fd_ = -1;
 };
-
-// Starts until the switch stays up.
-void settle()
-{
-    for (int restarts = 0; restarts < 4; ++restarts) {
-        start_switch();
-        if (bootenv_backup() != -1) {
-            start_switch();
-            return;
-        }
-        EXPECT_THAT(take_commands(), Contains("/sbin/shutdown -r now"));
-    }
-    ADD_FAILURE() << "the switch restarts for ever";
-}
 
 TEST_F(Mtd, GeometryAndEraseAreTheKernels)
 {
@@ -110,17 +94,6 @@ TEST_F(Mtd, SaveIsThereAfterARestart)
     EXPECT_EQ(backup_content(), image_of(expected));
     ASSERT_EQ(start_switch(), 0);
     EXPECT_EQ(environment(), expected);
-
-    std::size_t room = BOOTENV_VARIABLES_SIZE; // to the last byte
-    for (const std::string &text : expected) {
-        room -= text.size() + 1;
-    }
-    const std::string fill(room - std::string{"x= "}.size(), 'f');
-    ASSERT_EQ(bootenv_set("x", fill.c_str()), 0);
-    ASSERT_EQ(bootenv_grava(), 0);
-    ASSERT_EQ(start_switch(), 0);
-    EXPECT_THAT(environment(), Contains("x=" + fill));
-    EXPECT_EQ(content(), image_of(environment()));
 }
 
 TEST_F(Mtd, LostEnvironmentComesBackFromItsBackup)
@@ -141,48 +114,6 @@ TEST_F(Mtd, LostEnvironmentComesBackFromItsBackup)
     start_switch();
     EXPECT_EQ(bootenv_backup(), 0);
     EXPECT_THAT(environment(), ElementsAre("a=1", "HV=0"));
-}
-
-TEST_F(Mtd, SaveThatEndsAnywhereLeavesTheOldOrTheNewEnvironment)
-{
-    const Environment old_one{"HV=0", "bootdelay=3", "bootcmd=bootm"};
-    const Environment new_one{"HV=0", "bootcmd=bootm", "bootdelay=7"};
-    const auto prepare = [&] {
-        program(image_of(old_one));
-        make_backup(image_of(old_one));
-        start_switch();
-    };
-    const auto save = [] {
-        bootenv_set("bootdelay", "7");
-        return bootenv_grava();
-    };
-    prepare();
-    watch_operations();
-    ASSERT_EQ(save(), 0);
-    const std::vector<Operation> operations = stop_watching();
-    int left_old = 0;
-    int left_new = 0;
-    for (std::size_t i = 0; i < operations.size(); ++i) {
-        for (const std::size_t bytes : {std::size_t{0}, operations[i].bytes / 2, operations[i].bytes}) {
-            SCOPED_TRACE(operations[i].name + ", after " + std::to_string(bytes) + " bytes");
-            prepare();
-            EXPECT_EQ(in_child([&] {
-                watch_operations(Cut{i, bytes});
-                return save();
-            }),
-                cut_status);
-            settle();
-            const Environment left = environment();
-            EXPECT_TRUE(left == old_one || left == new_one);
-            ++(left == old_one ? left_old : left_new);
-            EXPECT_EQ(bootenv_grava(), 0);
-            EXPECT_TRUE(checksum_holds(content()));
-            EXPECT_EQ(backup_content(), content());
-        }
-    }
-    std::printf("%d cut points leave the old environment, %d the new one\n", left_old, left_new);
-    EXPECT_GT(left_old, 0);
-    EXPECT_GT(left_new, 0);
 }
 
 } // namespace

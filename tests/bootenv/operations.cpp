@@ -35,7 +35,9 @@ bool is_watched(int fd)
     return watch && watch->descriptors.contains(fd);
 }
 
-void note(const std::string &name, std::size_t bytes = 0)
+// Passes the result of a call on.
+template<typename Result>
+Result note(Result result, const std::string &name, std::size_t bytes = 0)
 {
     watch->seen.push_back({name, bytes});
     if (watch->cut && watch->cut->after + 1 == watch->seen.size()) {
@@ -44,6 +46,13 @@ void note(const std::string &name, std::size_t bytes = 0)
     if (watch->then) {
         watch->then(watch->seen.back());
     }
+    return result;
+}
+
+template<typename Result>
+Result note(Result result, const char *what, int fd, std::size_t bytes = 0)
+{
+    return is_watched(fd) ? note(result, what + (' ' + watch->descriptors[fd]), bytes) : result;
 }
 
 template<typename Function>
@@ -57,7 +66,7 @@ int watched_open(const char *name, const char *path, int flags, mode_t mode)
     const int fd = real<int(const char *, int, ...)>(name)(path, flags, mode);
     if (watch && fd >= 0 && is_watched(path)) {
         watch->descriptors[fd] = path;
-        note("open " + std::string{path});
+        note(fd, "open " + std::string{path});
     }
     return fd;
 }
@@ -114,11 +123,8 @@ int ioctl(int fd, unsigned long request, ...) noexcept
     va_start(rest, request);
     void *const argument = va_arg(rest, void *);
     va_end(rest);
-    const int result = real<int(int, unsigned long, ...)>("ioctl")(fd, request, argument);
-    if (is_watched(fd)) {
-        note((request == MEMERASE ? "erase a block of " : "geometry of ") + watch->descriptors[fd]);
-    }
-    return result;
+    return note(real<int(int, unsigned long, ...)>("ioctl")(fd, request, argument),
+        request == MEMERASE ? "erase a block of" : "geometry of", fd);
 }
 
 ssize_t write(int fd, const void *buffer, size_t length)
@@ -129,36 +135,24 @@ ssize_t write(int fd, const void *buffer, size_t length)
     const bool is_last = watch->cut && watch->cut->after == watch->seen.size();
     const size_t now = is_last && watch->cut->bytes < length ? watch->cut->bytes : length;
     const ssize_t result = now == 0 ? 0 : real<ssize_t(int, const void *, size_t)>("write")(fd, buffer, now);
-    note("write " + watch->descriptors[fd], length);
-    return result;
+    return note(result, "write", fd, length);
 }
 
 ssize_t read(int fd, void *buffer, size_t length)
 {
-    const ssize_t result = real<ssize_t(int, void *, size_t)>("read")(fd, buffer, length);
-    if (is_watched(fd)) {
-        note("read " + watch->descriptors[fd]);
-    }
-    return result;
+    return note(real<ssize_t(int, void *, size_t)>("read")(fd, buffer, length), "read", fd);
 }
 
 int fsync(int fd)
 {
-    const int result = real<int(int)>("fsync")(fd);
-    if (is_watched(fd)) {
-        note("sync " + watch->descriptors[fd]);
-    }
-    return result;
+    return note(real<int(int)>("fsync")(fd), "sync", fd);
 }
 
 int close(int fd)
 {
-    const bool watched = is_watched(fd);
-    const std::string path = watched ? watch->descriptors[fd] : "";
     const int result = real<int(int)>("close")(fd);
-    if (watched) {
-        watch->descriptors.erase(fd);
-        note("close " + path);
+    if (is_watched(fd)) {
+        note(result, "close " + watch->descriptors.extract(fd).mapped());
     }
     return result;
 }
@@ -166,19 +160,13 @@ int close(int fd)
 int rename(const char *from, const char *to) noexcept
 {
     const int result = real<int(const char *, const char *)>("rename")(from, to);
-    if (watch && is_watched(to)) {
-        note("rename to " + std::string{to});
-    }
-    return result;
+    return watch && is_watched(to) ? note(result, "rename to " + std::string{to}) : result;
 }
 
 int mkdir(const char *path, mode_t mode) noexcept
 {
     const int result = real<int(const char *, mode_t)>("mkdir")(path, mode);
-    if (watch && is_watched(path)) {
-        note("make " + std::string{path});
-    }
-    return result;
+    return watch && is_watched(path) ? note(result, "make " + std::string{path}) : result;
 }
 }
 #pragma GCC visibility pop

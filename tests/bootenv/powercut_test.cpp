@@ -4,20 +4,32 @@
 #include "bootenv/boot.h"
 #include "bootenv/operations.h"
 #include "bootenv/restart.h"
+#include "support/peer.h"
 #include "support/power_cut.h"
 
 #include <cstdio>
 #include <gtest/gtest.h>
 #include <map>
 #include <switchcfg/bootenv.h>
+#include <sys/wait.h>
 
 namespace switchcfg::testing {
 namespace {
 
 struct Trial {
     std::function<void()> prepare;
-    std::function<void()> act; // in a process of its own, which may end in the middle of it
+    std::function<int()> act; // in a process of its own, which may end in the middle of it
 };
+
+void start_with(const Image &in_flash, const Image &in_backup) // none when it is empty
+{
+    fill_flash(in_flash);
+    remove_backup();
+    if (!in_backup.empty()) {
+        make_backup(in_backup);
+    }
+    start_switch();
+}
 
 // The places to stop a write at: everywhere near its ends, coarsely between.
 std::vector<std::size_t> stops_of_write(std::size_t length)
@@ -43,46 +55,49 @@ unsigned next_flash_cut(unsigned after)
 #endif
 }
 
-// Calls `judge` after each cut, with the power back and nothing started yet. Gives the number of cut points.
-int for_each_cut(const Trial &trial, const std::function<void(const std::string &where)> &judge)
+// Asks `judge` after each cut, with the power back and nothing started yet, what it did. Prints and gives the answers.
+std::map<std::string, int> for_each_cut(
+    const char *what, const Trial &trial, const std::function<std::string(const std::string &where)> &judge)
 {
-    int points = 0;
-    // After each call of the process on the device or a file, and at every stop within a write.
+    std::map<std::string, int> results;
+    // After each call on the device or a file, and at every stop within a write.
     trial.prepare();
     watch_operations();
     trial.act();
     const std::vector<Operation> operations = stop_watching();
     for (std::size_t i = 0; i < operations.size(); ++i) {
-        const Operation &operation = operations[i];
-        for (const std::size_t bytes : stops_of_write(operation.bytes)) {
+        for (const std::size_t bytes : stops_of_write(operations[i].bytes)) {
             trial.prepare();
-            EXPECT_EQ(in_child([&] {
+            Peer process{[&](Link &) {
                 watch_operations(Cut{i, bytes});
                 trial.act();
-                return 0;
-            }),
-                cut_status);
-            judge("operation " + std::to_string(i) + ", " + operation.name + ", after " + std::to_string(bytes) +
-                  " bytes");
-            ++points;
+            }};
+            EXPECT_EQ(WEXITSTATUS(process.join()), cut_status);
+            ++results[judge("operation " + std::to_string(i) + ", " + operations[i].name + ", after " +
+                            std::to_string(bytes) + " bytes")];
         }
     }
     // Before each operation of the flash itself, the erase of a block or the programming of a page, and in its middle.
     for (const CutAt at : {CutAt::operation, CutAt::half_operation}) {
         for (unsigned after = 0;; after = next_flash_cut(after)) {
             trial.prepare();
-            const CutRun run = run_and_cut(flash(), at, after, [&] {
-                trial.act();
-                return 0;
-            });
-            if (!run.cut) {
+            if (!run_and_cut(flash(), at, after, trial.act).cut) {
                 break;
             }
-            judge(std::to_string(after) + (at == CutAt::operation ? "" : " and a half") + " flash operations");
-            ++points;
+            ++results[judge(
+                std::to_string(after) + (at == CutAt::operation ? "" : " and a half") + " flash operations")];
         }
     }
-    return points;
+    int points = 0;
+    for (const auto &[result, count] : results) {
+        points += count;
+    }
+    std::printf("%s: %d cut points", what, points);
+    for (const auto &[result, count] : results) {
+        std::printf(", %d %s", count, result.c_str());
+    }
+    std::printf("\n");
+    return results;
 }
 
 // Starts until the switch stays up; gives the number of restarts.
@@ -120,15 +135,6 @@ bool only_padding_missing(const Environment &environment)
            std::equal(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(end), content.begin());
 }
 
-void report(const char *what, int points, const std::map<std::string, int> &results)
-{
-    std::printf("%s: %d cut points", what, points);
-    for (const auto &[result, count] : results) {
-        std::printf(", %d %s", count, result.c_str());
-    }
-    std::printf("\n");
-}
-
 Environment filled(Environment environment, std::size_t bytes)
 {
     for (int i = 0; bytes > 0; ++i) {
@@ -142,15 +148,10 @@ Environment filled(Environment environment, std::size_t bytes)
 // A save that changes one variable, on a switch whose flash and backup are in step.
 Trial save_of(const Environment &old_one)
 {
-    return {[=] {
-                fill_flash(image_of(old_one));
-                remove_backup();
-                make_backup(image_of(old_one));
-                start_switch();
-            },
+    return {[=] { start_with(image_of(old_one), image_of(old_one)); },
         [] {
             bootenv_set("bootdelay", "7");
-            bootenv_grava();
+            return bootenv_grava();
         }};
 }
 
@@ -161,23 +162,20 @@ void check_save(const char *what, const Environment &kept)
     Environment new_one = kept;
     new_one.push_back("bootdelay=7");
 
-    std::map<std::string, int> results;
-    const int points = for_each_cut(save_of(old_one), [&](const std::string &where) {
+    auto results = for_each_cut(what, save_of(old_one), [&](const std::string &where) {
         const bool window = only_padding_missing(new_one);
         settle();
         const Environment left = environment();
         EXPECT_TRUE(left == old_one || left == new_one) << where;
         EXPECT_EQ(both_copies_whole(), !window) << where;
         if (!window) {
-            ++results[left == old_one ? "leave the old environment" : "leave the new one"];
-            return;
+            return left == old_one ? "leave the old environment" : "leave the new one";
         }
-        ++results["leave the new one with a CRC that fails"];
         EXPECT_EQ(left, new_one) << where;
         EXPECT_EQ(bootenv_grava(), 0) << "the next save mends both copies";
         EXPECT_TRUE(both_copies_whole()) << where;
+        return "leave the new one with a CRC that fails";
     });
-    report(what, points, results);
     EXPECT_GT(results["leave the old environment"], 0);
     EXPECT_GT(results["leave the new one"], 0);
 }
@@ -209,10 +207,8 @@ TEST(PowerCut, EraseUpToTheMarkIsTakenForTheOwnEnvironment)
     const unsigned blocks = flash().geometry().size / block;
     for (unsigned halves = 0; halves <= 2 * blocks; ++halves) {
         trial.prepare();
-        ASSERT_TRUE(run_and_cut(flash(), halves % 2 == 0 ? CutAt::operation : CutAt::half_operation, halves / 2, [&] {
-            trial.act();
-            return 0;
-        }).cut);
+        const CutAt at = halves % 2 == 0 ? CutAt::operation : CutAt::half_operation;
+        ASSERT_TRUE(run_and_cut(flash(), at, halves / 2, trial.act).cut);
         settle();
         const std::size_t erased = halves * block / 2;
         const bool mark_is_left = erased > 0 && erased <= mark_place;
@@ -227,43 +223,27 @@ TEST(PowerCut, EraseUpToTheMarkIsTakenForTheOwnEnvironment)
 TEST(PowerCut, RestoreStartsOverUntilItIsDone)
 {
     const Environment kept{"HV=0", "FBMP=5", "bootcmd=bootm 0xe8000000"};
-    std::map<std::string, int> results;
-    const Trial restore{[&] {
-                            fill_flash({});
-                            remove_backup();
-                            make_backup(image_of(kept));
-                            start_switch();
-                        },
-        [] { bootenv_backup(); }};
-    const int points = for_each_cut(restore, [&](const std::string &where) {
+    const Trial restore{[&] { start_with({}, image_of(kept)); }, bootenv_backup};
+    auto results = for_each_cut("restore from the backup", restore, [&](const std::string &where) {
         const bool window = only_padding_missing(kept);
         settle();
         EXPECT_EQ(environment(), kept) << where;
         EXPECT_EQ(both_copies_whole(), !window) << where;
-        ++results[window ? "leave it with a CRC that fails" : "leave the environment of the backup"];
+        return window ? "leave it with a CRC that fails" : "leave the environment of the backup";
     });
-    report("restore from the backup", points, results);
     EXPECT_GT(results["leave the environment of the backup"], 0);
 }
 
 TEST(PowerCut, RefreshOfTheBackupNeverHarmsTheEnvironment)
 {
     const Environment kept{"HV=0", "FBMP=5"};
-    std::map<std::string, int> results;
-    const Trial refresh{[&] {
-                            fill_flash(image_of(kept));
-                            remove_backup();
-                            make_backup(image_of({"HV=0", "FBMP=1"}));
-                            start_switch();
-                        },
-        [] { bootenv_backup(); }};
-    const int points = for_each_cut(refresh, [&](const std::string &where) {
+    const Trial refresh{[&] { start_with(image_of(kept), image_of({"HV=0", "FBMP=1"})); }, bootenv_backup};
+    for_each_cut("refresh of the backup", refresh, [&](const std::string &where) {
         EXPECT_EQ(settle(), 0) << where;
         EXPECT_EQ(environment(), kept) << where;
         EXPECT_TRUE(both_copies_whole()) << where;
-        ++results["leave the environment"];
+        return "leave the environment";
     });
-    report("refresh of the backup", points, results);
 }
 
 // Nothing protects an environment that has no backup yet: its first save, by the first decision at boot, is one erase
@@ -273,28 +253,16 @@ TEST(PowerCut, FirstStartCanLoseAnEnvironmentWithoutABackup)
     const Environment factory{"bootcmd=bootm 0xe8000000", "serial=4711"};
     Environment marked = factory;
     marked.push_back("HV=0");
-    std::map<std::string, int> results;
-    const Trial first_start{[&] {
-                                fill_flash(image_of(factory));
-                                remove_backup();
-                                start_switch();
-                            },
-        [] { bootenv_backup(); }};
-    const int points = for_each_cut(first_start, [&](const std::string &where) {
+    const Trial first_start{[&] { start_with(image_of(factory), {}); }, bootenv_backup};
+    auto results = for_each_cut("first start, no backup", first_start, [&](const std::string &where) {
         const Image content = flash().copy();
         const bool intact = content == image_of(factory) || content == image_of(marked);
         const bool window = only_padding_missing(marked);
         EXPECT_EQ(settle(), 0) << where;
-        if (intact || window) {
-            EXPECT_EQ(environment(), marked) << where;
-            ++results[intact ? "leave the environment" : "leave it with a CRC that fails"];
-        } else {
-            EXPECT_EQ(environment(), Environment{"HV=0"}) << where;
-            ++results["lose it"];
-        }
+        EXPECT_EQ(environment(), intact || window ? marked : Environment{"HV=0"}) << where;
         EXPECT_EQ(both_copies_whole(), !window) << where;
+        return intact ? "leave the environment" : window ? "leave it with a CRC that fails" : "lose it";
     });
-    report("first start, no backup", points, results);
     EXPECT_GT(results["lose it"], 0);
 }
 

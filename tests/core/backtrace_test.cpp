@@ -12,28 +12,22 @@
 #include <memory>
 #include <unistd.h>
 
-extern "C" __attribute__((noinline, visibility("default"))) std::size_t name_my_caller(
-    int depth, char *buf, std::size_t len)
+extern "C" __attribute__((noinline, visibility("default"))) int name_my_caller(int depth, char *buf, std::size_t len)
 {
     const int written = name_of_caller(depth, buf, len);
-    return static_cast<std::size_t>(written);
+    asm volatile(""); // keeps the call from becoming a jump
+    return written;
 }
 
 extern "C" __attribute__((noinline, visibility("default"))) void call_for_name(char *buf, std::size_t len)
 {
     name_my_caller(1, buf, len);
-    asm volatile(""); // keeps the call from becoming a jump
-}
-
-extern "C" __attribute__((noinline, visibility("default"))) void some_function()
-{
-    asm volatile("nop\nnop");
+    asm volatile("");
 }
 
 namespace {
 
-using switchcfg::testing::file_text;
-using switchcfg::testing::lines_of;
+using namespace switchcfg::testing;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::MatchesRegex;
@@ -42,15 +36,11 @@ using ::testing::MatchesRegex;
 template<typename Print>
 std::string on_stderr(Print &&print)
 {
-    std::fflush(stderr);
     const int saved = ::dup(2);
-    const int file = ::open("/tmp/stderr", O_RDWR | O_CREAT | O_TRUNC, 0600);
-    ::dup2(file, 2);
+    ::dup2(::open("/tmp/stderr", O_RDWR | O_CREAT | O_TRUNC, 0600), 2);
     print();
     std::fflush(stderr);
     ::dup2(saved, 2);
-    ::close(saved);
-    ::close(file);
     return file_text("/tmp/stderr");
 }
 
@@ -95,9 +85,9 @@ TEST(Backtrace, FileIsAppendedUnderAHeader)
 TEST(Backtrace, FunctionsAreNamedWithDistanceAndCutToFit)
 {
     char text[256] = {};
-    auto *const address = reinterpret_cast<char *>(&some_function) + 1;
+    auto *const address = reinterpret_cast<char *>(&call_for_name) + 1;
     char expected[64];
-    std::snprintf(expected, sizeof expected, "(some_function+0x1)[%p] ", static_cast<void *>(address));
+    std::snprintf(expected, sizeof expected, "(call_for_name+0x1)[%p] ", static_cast<void *>(address));
     const int length = name_of_func(address, text, sizeof text);
     EXPECT_THAT(std::string(text), ::testing::StartsWith("@ /"));
     EXPECT_THAT(std::string(text), EndsWith(expected));
@@ -118,13 +108,13 @@ TEST(Backtrace, CallersAreNamedByDepth)
     GTEST_SKIP() << "the sanitizer's own backtrace() puts a frame of its own first";
 #endif
     char text[256] = {};
-    const std::size_t length = name_my_caller(0, text, sizeof text);
+    const int length = name_my_caller(0, text, sizeof text);
     EXPECT_THAT(std::string(text), HasSubstr("(name_my_caller+0x"));
-    EXPECT_EQ(length, std::strlen(text));
+    EXPECT_EQ(length, static_cast<int>(std::strlen(text)));
     call_for_name(text, sizeof text);
     EXPECT_THAT(std::string(text), HasSubstr("(call_for_name+0x"));
-    for (const int nonsense : {-1, 61, 62, 1000000, INT32_MAX}) {
-        EXPECT_EQ(name_my_caller(nonsense, text, sizeof text), 0U) << nonsense;
+    for (const int nonsense : {-1, 61, 62, INT32_MAX}) {
+        EXPECT_EQ(name_my_caller(nonsense, text, sizeof text), 0) << nonsense;
         EXPECT_STREQ(text, "");
     }
 }

@@ -2,19 +2,19 @@
 #include <switchcfg/debug.h>
 #include <switchcfg/locks.h>
 
+#include "support/error_of.h"
 #include "support/file_text.h"
 #include "support/peer.h"
 
 #include <array>
 #include <cerrno>
-#include <csignal>
-#include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <pty.h>
 #include <string>
-#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
@@ -22,9 +22,7 @@
 
 namespace {
 
-using switchcfg::testing::file_text;
-using switchcfg::testing::Link;
-using switchcfg::testing::Peer;
+using namespace switchcfg::testing;
 
 constexpr char list_path[] = "/var/run/debug_terminals";
 
@@ -33,23 +31,12 @@ class Terminal {
   public:
     Terminal()
     {
-        master_ = ::posix_openpt(O_RDWR | O_NOCTTY);
-        std::array<char, 64> name{};
-        if (::grantpt(master_) == 0 && ::unlockpt(master_) == 0 &&
-            ::ptsname_r(master_, name.data(), name.size()) == 0) {
-            path_ = name.data();
-        }
-        slave_ = ::open(path_.c_str(), O_RDWR | O_NOCTTY);
         termios raw{};
-        ::tcgetattr(slave_, &raw);
         ::cfmakeraw(&raw);
-        EXPECT_EQ(::tcsetattr(slave_, TCSANOW, &raw), 0) << "no pseudo-terminal: " << path_;
+        EXPECT_EQ(::openpty(&master_, &slave_, path_.data(), &raw, nullptr), 0) << "no pseudo-terminal";
     }
-    ~Terminal() { hang_up(); }
-    Terminal(const Terminal &) = delete;
-    Terminal &operator=(const Terminal &) = delete;
 
-    const char *path() const { return path_.c_str(); }
+    const char *path() const { return path_.data(); }
     std::string shown() const
     {
         std::string all;
@@ -64,16 +51,14 @@ class Terminal {
         }
         return all;
     }
-    void hang_up()
+    void hang_up() const
     {
-        if (master_ >= 0) {
-            ::close(std::exchange(slave_, -1));
-            ::close(std::exchange(master_, -1));
-        }
+        ::close(slave_);
+        ::close(master_);
     }
 
   private:
-    std::string path_;
+    std::array<char, 64> path_{};
     int master_ = -1;
     int slave_ = -1;
 };
@@ -109,17 +94,16 @@ TEST_F(DebugLines, ReachTheTerminalsThatEnabledTheirClass)
 TEST_F(DebugLines, ListIsTextAndGoesWithItsLastTerminal)
 {
     const Terminal one;
-    const std::string path = one.path();
     std::ofstream{list_path} << "# kept\n/dev/pts/9999 1,x,2";
     EXPECT_EQ(debug_terminal_enable(one.path(), 3), 0);
     EXPECT_EQ(debug_terminal_enable(one.path(), 2147483647), 0);
     EXPECT_EQ(debug_terminal_enable(one.path(), 3), 0);
-    EXPECT_EQ(file_text(list_path), "# kept\n/dev/pts/9999 1,x,2\n" + path + " 2147483647,3\n");
+    EXPECT_EQ(file_text(list_path), std::string{"# kept\n/dev/pts/9999 1,x,2\n"} + one.path() + " 2147483647,3\n");
     EXPECT_EQ(debug_terminal_disable("/dev/pts/9999", 2), 0);
     EXPECT_EQ(debug_terminal_disable(one.path(), DEBUG_CLASS_ALL), 0);
     EXPECT_EQ(file_text(list_path), "# kept\n/dev/pts/9999 1\n");
 
-    std::ofstream{list_path} << path << " 3\n";
+    std::ofstream{list_path} << one.path() << " 3\n";
     EXPECT_EQ(debug_terminal_disable(one.path(), 3), 0);
     EXPECT_EQ(::access(list_path, F_OK), -1);
     EXPECT_EQ(debug_terminal_disable(one.path(), 3), 0);
@@ -128,33 +112,27 @@ TEST_F(DebugLines, ListIsTextAndGoesWithItsLastTerminal)
 TEST_F(DebugLines, WrongTerminalsAndFullListsAreRefused)
 {
     const Terminal one;
-    for (const char *const path : {"", "dev/pts/1", "/dev/pts 1", "/dev/\n/x"}) {
-        EXPECT_EQ(debug_terminal_enable(path, 1), -1);
-        EXPECT_EQ(errno, EINVAL);
+    const std::string too_long = '/' + std::string(255, 'x');
+    for (const auto &[path, why] : {std::pair{"", EINVAL}, {"dev/pts/1", EINVAL}, {"/dev/pts 1", EINVAL},
+             {"/dev/\n/x", EINVAL}, {too_long.c_str(), EINVAL}, {"/dev/null", ENOTTY}, {"/dev/pts/9999", ENOENT}}) {
+        EXPECT_EQ(error_of(debug_terminal_enable(path, 1)), why) << path;
     }
     EXPECT_EQ(debug_terminal_enable(nullptr, 1), -1);
-    EXPECT_EQ(debug_terminal_enable(('/' + std::string(255, 'x')).c_str(), 1), -1);
-    EXPECT_EQ(errno, EINVAL);
     EXPECT_EQ(debug_terminal_enable(one.path(), -1), -1);
     EXPECT_EQ(debug_terminal_disable(one.path(), -2), -1);
-    EXPECT_EQ(debug_terminal_enable("/dev/null", 1), -1);
-    EXPECT_EQ(errno, ENOTTY);
-    EXPECT_EQ(debug_terminal_enable("/dev/pts/9999", 1), -1);
-    EXPECT_EQ(errno, ENOENT);
 
     int classes = 0;
     while (classes < 10000 && debug_terminal_enable(one.path(), 100000 + classes) == 0) {
         ++classes;
     }
     EXPECT_EQ(errno, ENOSPC);
-    EXPECT_EQ(classes, (4095 - static_cast<int>(std::string(one.path()).size()) - 1) / 7);
+    EXPECT_EQ(classes, (4095 - static_cast<int>(std::strlen(one.path())) - 1) / 7);
     debug_process(100000, "first");
     debug_process(100000 + classes - 1, "last");
     EXPECT_EQ(one.shown(), "first\r\nlast\r\n");
 
     std::ofstream{list_path, std::ios::app} << std::string(100, '#') << '\n';
-    EXPECT_EQ(debug_terminal_disable(one.path(), 100000), -1) << "what does not fit must not be lost";
-    EXPECT_EQ(errno, ENOSPC);
+    EXPECT_EQ(error_of(debug_terminal_disable(one.path(), 100000)), ENOSPC) << "what does not fit must not be lost";
     debug_process(100000, "still");
     EXPECT_EQ(one.shown(), "still\r\n");
 }
@@ -165,7 +143,7 @@ TEST_F(DebugLines, NothingElseThanALivingTerminalIsWrittenTo)
     const Terminal stays;
     ASSERT_EQ(debug_terminal_enable(gone.path(), 1), 0);
     std::ofstream{"/tmp/precious"} << "precious";
-    std::ofstream{list_path, std::ios::app} << "/tmp/precious 1\n/ 1\n/dev/null\n/dev/null \n\n\n1\n/"
+    std::ofstream{list_path, std::ios::app} << "/tmp/precious 1\n/ 1\n/dev/null\n/dev/null \n\n1\n/"
                                             << std::string(300, 'x') << " 1\n"
                                             << stays.path() << " ,1";
     gone.hang_up();
@@ -249,8 +227,7 @@ TEST_F(DebugLines, ListIsReadUnderTheSharedLock)
     const int fd = std::exchange(cfg_lock_table[CFG_LOCK_DEBUGS].fd, -1);
     debug_process(1, "no lock");
     EXPECT_EQ(one.shown(), "");
-    EXPECT_EQ(debug_terminal_enable(one.path(), 2), -1);
-    EXPECT_EQ(errno, EBADF);
+    EXPECT_EQ(error_of(debug_terminal_enable(one.path(), 2)), EBADF);
     cfg_lock_table[CFG_LOCK_DEBUGS].fd = fd;
 }
 
@@ -258,20 +235,17 @@ TEST_F(DebugLines, ConcurrentEditorsLoseNothing)
 {
     const Terminal one;
     const auto edit = [&](int first) {
-        return [&one, first](Link &link) {
-            bool all = true;
+        return Peer{[&one, first](Link &) {
             for (int i = 0; i < 50; ++i) {
-                all = debug_terminal_enable(one.path(), first + i) == 0 && all;
+                EXPECT_EQ(debug_terminal_enable(one.path(), first + i), 0);
             }
-            if (all) {
-                link.tell();
-            }
-        };
+            ::_exit(HasFailure() ? 1 : 0);
+        }};
     };
-    Peer low{edit(0)};
-    Peer high{edit(100)};
-    EXPECT_TRUE(low.await());
-    EXPECT_TRUE(high.await());
+    Peer low = edit(0);
+    Peer high = edit(100);
+    EXPECT_EQ(low.join(), 0);
+    EXPECT_EQ(high.join(), 0);
     for (const int debug_class : {0, 49, 100, 149}) {
         debug_process(debug_class, "x");
     }

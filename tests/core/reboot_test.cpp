@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <switchcfg/process.h>
 
+#include "support/file_text.h"
 #include "support/overlay.h"
 #include "support/peer.h"
 
@@ -8,26 +9,17 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <string>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace {
 
-using switchcfg::testing::Link;
-using switchcfg::testing::Peer;
-
-std::string content(const char *path)
-{
-    std::ifstream file{path};
-    return {std::istreambuf_iterator<char>{file}, {}};
-}
+using namespace switchcfg::testing;
 
 TEST(Reboot, RunsTheProgramAndNeverReturns)
 {
     const std::string folder = std::filesystem::canonical("/sbin").string();
-    if (const std::string why = switchcfg::testing::make_folder_private(folder); !why.empty()) {
+    if (const std::string why = make_folder_private(folder); !why.empty()) {
         GTEST_SKIP() << why;
     }
     // Never the machine's own: its name is taken away first.
@@ -41,9 +33,9 @@ TEST(Reboot, RunsTheProgramAndNeverReturns)
         reboot();
         link.tell(); // only if it returns, which ends the wait below
     }};
-    EXPECT_EQ(content("/tmp/rebooting"), "0\n");
-    EXPECT_NE(content("/tmp/trace").find(" systemAPI:"), std::string::npos);
-    EXPECT_TRUE(content("/tmp/trace").ends_with(" reboot(): Rebooting...\n"));
+    EXPECT_EQ(file_text("/tmp/rebooting"), "0\n");
+    EXPECT_NE(file_text("/tmp/trace").find(" systemAPI:"), std::string::npos);
+    EXPECT_TRUE(file_text("/tmp/trace").ends_with(" reboot(): Rebooting...\n"));
     EXPECT_EQ(pid_exists(daemon.pid()), 1);
 }
 

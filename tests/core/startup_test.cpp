@@ -8,7 +8,9 @@
 #include "core/status_layout.h"
 #include "support/file_text.h"
 #include "support/peer.h"
+#include "util/owned.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
@@ -17,21 +19,17 @@
 #include <memory>
 #include <sys/prctl.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
 namespace {
 
 using namespace switchcfg;
-using switchcfg::testing::Link;
-using switchcfg::testing::Peer;
+using namespace switchcfg::testing;
 
-struct sigaction disposition(int signo)
+std::int32_t max_unit_count()
 {
-    struct sigaction now {};
-    ::sigaction(signo, nullptr, &now);
-    return now;
+    return load(static_cast<std::uint8_t *>(get_status()), status_layout::max_unit_count);
 }
 
 std::string link_of(int fd)
@@ -46,38 +44,44 @@ TEST(Startup, AttachesEverythingAndIsIdempotent)
     EXPECT_NE(running, nullptr);
     EXPECT_NE(cfg_get_default_cfg(), nullptr);
     ASSERT_NE(get_status(), nullptr);
-    EXPECT_EQ(load(static_cast<std::uint8_t *>(get_status()), status_layout::max_unit_count), 8);
+    EXPECT_EQ(max_unit_count(), 8);
+    store(static_cast<std::uint8_t *>(get_status()), status_layout::max_unit_count, 3);
     EXPECT_EQ(cfg_init(), 0);
     EXPECT_EQ(cfg_get_cfg(), running);
 
-    EXPECT_EQ(disposition(SIGINT).sa_handler, SIG_IGN);
-    EXPECT_EQ(disposition(SIGQUIT).sa_handler, SIG_IGN);
+    struct sigaction now {};
+    for (const int signo : {SIGINT, SIGQUIT}) {
+        ::sigaction(signo, nullptr, &now);
+        EXPECT_EQ(now.sa_handler, SIG_IGN);
+    }
     for (const int signo : {SIGSEGV, SIGBUS, SIGABRT, SIGILL, SIGFPE, SIGRTMIN}) {
-        EXPECT_EQ(
-            disposition(signo).sa_flags & (SA_SIGINFO | SA_NODEFER | SA_RESTART | SA_ONSTACK), SA_SIGINFO | SA_NODEFER)
-            << signo;
+        ::sigaction(signo, nullptr, &now);
+        EXPECT_EQ(now.sa_flags & (SA_SIGINFO | SA_NODEFER | SA_RESTART | SA_ONSTACK), SA_SIGINFO | SA_NODEFER) << signo;
     }
     rlimit core{};
     ::getrlimit(RLIMIT_CORE, &core);
     EXPECT_EQ(core.rlim_cur, RLIM_INFINITY);
     EXPECT_EQ(core.rlim_max, RLIM_INFINITY);
+    EXPECT_EQ(cfg_exit(), 0);
+    EXPECT_EQ(cfg_init(), 0) << "a process may attach again";
+    EXPECT_EQ(max_unit_count(), 3) << "a maximum that is set is kept";
 }
 
 TEST(Startup, LocksAreOpenedInTheirOrderAndClosedAgain)
 {
+    cfg_lock_table[CFG_LOCK_CFG].fd = 12345;
+    EXPECT_EQ(cfg_exit(), 0);
+    EXPECT_EQ(cfg_lock_table[CFG_LOCK_CFG].fd, 12345) << "not without a start";
     ASSERT_EQ(cfg_init(), 0);
     const cfg_lock_index order[] = {CFG_LOCK_CFG, CFG_LOCK_FW, CFG_LOCK_TRAPS, CFG_LOCK_DEBUGS, CFG_LOCK_EAPS,
         CFG_LOCK_PL, CFG_LOCK_CLI_REG, CFG_LOCK_SYNC};
-    int previous = -1;
+    std::vector<int> opened;
     for (const cfg_lock_index index : order) {
-        EXPECT_EQ(link_of(cfg_lock_table[index].fd), cfg_lock_table[index].path);
-        EXPECT_GT(cfg_lock_table[index].fd, previous);
-        previous = cfg_lock_table[index].fd;
+        EXPECT_EQ(link_of(opened.emplace_back(cfg_lock_table[index].fd)), cfg_lock_table[index].path);
     }
-    EXPECT_EQ(link_of(DCLockGetSetFileFD), "/tmp/dcGetSetLock");
-    EXPECT_EQ(link_of(IpmcLockFileFD), "/tmp/ipmclock");
-    EXPECT_GT(DCLockGetSetFileFD, previous);
-    EXPECT_GT(IpmcLockFileFD, DCLockGetSetFileFD);
+    EXPECT_EQ(link_of(opened.emplace_back(DCLockGetSetFileFD)), "/tmp/dcGetSetLock");
+    EXPECT_EQ(link_of(opened.emplace_back(IpmcLockFileFD)), "/tmp/ipmclock");
+    EXPECT_TRUE(std::ranges::is_sorted(opened));
 
     const int command_lock = DCLockGetSetFileFD;
     EXPECT_EQ(cfg_exit(), 0);
@@ -89,22 +93,6 @@ TEST(Startup, LocksAreOpenedInTheirOrderAndClosedAgain)
     EXPECT_EQ(cfg_get_cfg(), nullptr);
     EXPECT_EQ(get_status(), nullptr);
     EXPECT_EQ(cfg_exit(), 0);
-    EXPECT_EQ(cfg_init(), 0) << "a process may attach again";
-}
-
-TEST(Startup, ExitWithoutInitDoesNothing)
-{
-    cfg_lock_table[CFG_LOCK_CFG].fd = 12345;
-    EXPECT_EQ(cfg_exit(), 0);
-    EXPECT_EQ(cfg_lock_table[CFG_LOCK_CFG].fd, 12345);
-}
-
-TEST(Startup, KeepsAMaximumUnitCountThatIsSet)
-{
-    ASSERT_EQ(status_init(), 0);
-    store(static_cast<std::uint8_t *>(get_status()), status_layout::max_unit_count, 3);
-    ASSERT_EQ(cfg_init(), 0);
-    EXPECT_EQ(load(static_cast<std::uint8_t *>(get_status()), status_layout::max_unit_count), 3);
 }
 
 TEST(Startup, FailsWithoutTheFolderAndHoldsWhatItGot)
@@ -137,37 +125,33 @@ TEST(Startup, TenProcessesAtOnceAgreeOnMissingFiles)
             if (cfg_init() != 0) {
                 ::_exit(1);
             }
-            static_cast<volatile char *>(cfg_get_cfg())[i * 2000003] = static_cast<char>(i + 1);
+            auto *const region = static_cast<volatile char *>(cfg_get_cfg());
+            region[i * 2000003] = static_cast<char>(i + 1);
             link.tell();
             link.wait();
             for (int other = 0; other < 10; ++other) {
-                if (static_cast<volatile char *>(cfg_get_cfg())[other * 2000003] != other + 1) {
+                if (region[other * 2000003] != other + 1) {
                     ::_exit(2);
                 }
             }
         }));
     }
-    for (const auto &peer : peers) {
-        peer->go();
-    }
-    for (const auto &peer : peers) {
-        ASSERT_TRUE(peer->await());
-    }
-    for (const auto &peer : peers) {
-        peer->go();
-    }
-    for (const auto &peer : peers) {
-        EXPECT_EQ(peer->join(), 0);
-    }
+    std::ranges::for_each(peers, [](const auto &peer) { peer->go(); });
+    std::ranges::for_each(peers, [](const auto &peer) { EXPECT_TRUE(peer->await()); });
+    std::ranges::for_each(peers, [](const auto &peer) { peer->go(); });
+    std::ranges::for_each(peers, [](const auto &peer) { EXPECT_EQ(peer->join(), 0); });
     EXPECT_EQ(std::filesystem::file_size(CFG_RUNNING_PATH), 21707629U);
     EXPECT_EQ(std::filesystem::file_size("/var/status"), 11272288U);
 }
 
-TEST(Startup, AppliedMarkIsAFile)
+TEST(Startup, AppliedMarkIsAFileAndTheProcessNameTheKernels)
 {
     EXPECT_EQ(cfg_initial_apply_done(), 0);
-    switchcfg::testing::write_file("/var/cfg_has_been_applied", "");
+    write_file("/var/cfg_has_been_applied", "");
     EXPECT_EQ(cfg_initial_apply_done(), 1);
+    ::prctl(PR_SET_NAME, "a name (odd)");
+    EXPECT_STREQ(Malloced<char>(cfg_get_pid_name(::getpid())).get(), "a name (odd)");
+    EXPECT_STREQ(Malloced<char>(cfg_get_pid_name(0x7ffffff0)).get(), "unknown");
 }
 
 TEST(TimeZone, FollowsTheOffsetWithBothSigns)
@@ -176,28 +160,14 @@ TEST(TimeZone, FollowsTheOffsetWithBothSigns)
     updateTZ();
     EXPECT_EQ(::getenv("TZ"), nullptr) << "nothing is mapped yet";
     ASSERT_EQ(cfg_data_cfg_map(), 0);
-    const struct {
-        int minutes;
-        const char *zone;
-    } cases[] = {{0, "STD0:0"}, {180, "STD-3:0"}, {-90, "STD1:30"}, {330, "STD-5:-30"}, {INT32_MIN, "STD35791394:8"}};
-    for (const auto &[minutes, zone] : cases) {
+    for (const auto &[minutes, zone] : {std::pair{0, "STD0:0"}, {-90, "STD1:30"}, {330, "STD-5:-30"},
+             {INT32_MIN, "STD35791394:8"}, {180, "STD-3:0"}}) {
         store(static_cast<std::uint8_t *>(cfg_get_cfg()), config_layout::utc_offset_minutes, minutes);
         updateTZ();
         EXPECT_STREQ(::getenv("TZ"), zone);
     }
-    store(static_cast<std::uint8_t *>(cfg_get_cfg()), config_layout::utc_offset_minutes, 180);
-    updateTZ();
     const time_t epoch = 0;
     EXPECT_EQ(::localtime(&epoch)->tm_hour, 3);
-}
-
-TEST(ProcessName, IsTheKernelsOwnOrUnknown)
-{
-    ::prctl(PR_SET_NAME, "a name (odd)");
-    std::unique_ptr<char, decltype(&std::free)> name{cfg_get_pid_name(::getpid()), &std::free};
-    EXPECT_STREQ(name.get(), "a name (odd)");
-    name.reset(cfg_get_pid_name(0x7ffffff0));
-    EXPECT_STREQ(name.get(), "unknown");
 }
 
 } // namespace

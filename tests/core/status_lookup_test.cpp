@@ -8,6 +8,7 @@
 #include <cstring>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
+#include <tuple>
 
 namespace {
 
@@ -29,12 +30,6 @@ class StatusLookup : public ::testing::Test {
         EXPECT_NE(::mmap(nullptr, 65536, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0), MAP_FAILED);
     }
     void put(int offset, std::int32_t value) { std::memcpy(region + offset, &value, sizeof value); }
-    std::int32_t at(int offset) const
-    {
-        std::int32_t value;
-        std::memcpy(&value, region + offset, sizeof value);
-        return value;
-    }
     void add_unit(int unit, int model = 1)
     {
         put(unit * 8000 + 48, 1);
@@ -93,18 +88,14 @@ TEST_F(StatusLookup, ModidsLeadToUnitsAndBack)
     add_chip(2, 0, 6, 20, 2); // not in the stack
     add_unit(5, 86);          // a model without chips that we know
     add_chip(5, 0, 7, 30, 1);
-    const struct {
-        int modid, unit, punit;
-    } owners[] = {
-        {9, -1, -1}, {10, 1, 4}, {11, 1, 4}, {12, 3, 5}, {13, -1, -1}, {20, -1, -1}, {30, -1, -1}, {-1, -1, -1}};
-    for (const auto &row : owners) {
-        EXPECT_EQ(status_modid_to_unit(row.modid), row.unit) << row.modid;
-        EXPECT_EQ(status_modid_to_unit_phys(row.modid), row.punit) << row.modid;
+    for (const auto &[modid, owner, chip] : {std::tuple{9, -1, -1}, {10, 1, 4}, {11, 1, 4}, {12, 3, 5}, {13, -1, -1},
+             {20, -1, -1}, {30, -1, -1}, {-1, -1, -1}}) {
+        EXPECT_EQ(status_modid_to_unit(modid), owner) << modid;
+        EXPECT_EQ(status_modid_to_unit_phys(modid), chip) << modid;
     }
-    EXPECT_EQ(status_punit_to_modid(4), 10);
-    EXPECT_EQ(status_punit_to_modid(5), 12);
-    EXPECT_EQ(status_punit_to_modid(6), -1);
-    EXPECT_EQ(status_punit_to_modid(7), -1);
+    for (const auto &[chip, modid] : {std::pair{4, 10}, {5, 12}, {6, -1}, {7, -1}}) {
+        EXPECT_EQ(status_punit_to_modid(chip), modid) << chip;
+    }
     int unit = -1;
     int index = -1;
     EXPECT_EQ(status_unit_phys_to_slot_index(5, &unit, &index), 0);
@@ -139,12 +130,10 @@ TEST_F(StatusLookup, OddModidIsTheSecondOnlyOfAChipWithTwo)
     EXPECT_EQ(status_modid_port_to_phys_unit_port(11, 3, &punit, &pport), 0);
     EXPECT_EQ(pport, 3);
     add_chip(0, 0, 1, 11, 2); // the odd one comes first
-    EXPECT_EQ(status_modid_port_to_phys_unit_port(11, 3, &punit, &pport), 0);
-    EXPECT_EQ(pport, 35);
-    EXPECT_EQ(status_modid_port_to_phys_unit_port(11, INT_MAX, &punit, &pport), 0);
-    EXPECT_EQ(pport, INT_MIN + 31);
-    EXPECT_EQ(status_modid_port_to_phys_unit_port(12, 3, &punit, &pport), 0);
-    EXPECT_EQ(pport, 3);
+    for (const auto &[modid, port, expected] : {std::tuple{11, 3, 35}, {11, INT_MAX, INT_MIN + 31}, {12, 3, 3}}) {
+        EXPECT_EQ(status_modid_port_to_phys_unit_port(modid, port, &punit, &pport), 0);
+        EXPECT_EQ(pport, expected);
+    }
     EXPECT_EQ(status_modid_port_to_phys_unit_port(13, 3, &punit, &pport), -1);
     EXPECT_EQ(status_modid_port_to_phys_unit_port(11, 3, nullptr, &pport), -1);
     add_chip(0, 0, 1, INT_MAX, 2);
@@ -179,18 +168,18 @@ TEST_F(StatusLookup, CpuPortIsTheLowestBit)
     EXPECT_EQ(status_get_cpu_port(2, 0), 255);
     put(2 * 8000 + 64 + 376 + 4, 0x30);
     EXPECT_EQ(status_get_cpu_port(2, 0), 36);
-    EXPECT_EQ(status_get_cpu_port(8, 0), 256);
-    EXPECT_EQ(status_get_cpu_port(-1, 0), 256);
-    EXPECT_EQ(status_get_cpu_port(2, -1), 256);
-    EXPECT_EQ(status_get_cpu_port(7, 5000), 256);
+    for (const auto &[unit, chip] : {std::pair{8, 0}, {-1, 0}, {2, -1}, {7, 5000}}) {
+        EXPECT_EQ(status_get_cpu_port(unit, chip), 256);
+    }
 }
 
 TEST_F(StatusLookup, PortRecordsLieWhereTheirDaemonsPutThem)
 {
     EXPECT_EQ(tcv_status_get_pointer(7, 51), region + 7 * 8000 + 1415 + 51 * 102);
-    EXPECT_EQ(status_set_tcv_handle(1, 51, -5), 0);
-    EXPECT_EQ(at(8000 + 7820 + 51 * 4), -5);
-    EXPECT_EQ(status_get_tcv_handle(1, 51), -5);
+    const std::int32_t handle = -5;
+    EXPECT_EQ(status_set_tcv_handle(1, 51, handle), 0);
+    EXPECT_EQ(std::memcmp(region + 8000 + 7820 + 51 * 4, &handle, sizeof handle), 0);
+    EXPECT_EQ(status_get_tcv_handle(1, 51), handle);
 
     add_unit(7, 3); // 24 ports
     std::uint8_t *const records = region + 8180348 + 7 * 14352;
@@ -209,12 +198,11 @@ TEST_F(StatusLookup, HardwareIdentityAndRemoval)
     EXPECT_EQ(status_get_hw_version(6), 12);
     EXPECT_EQ(status_get_hw_model_num(6), 85);
     EXPECT_STREQ(status_get_hw_model(6), "a board");
-    EXPECT_EQ(status_get_logical_removal(6), 0);
-    EXPECT_EQ(status_set_logical_removal(6, 77), 0);
-    EXPECT_NE(status_get_logical_removal(6), 0);
-    EXPECT_EQ(status_get_logical_removal(5), 0);
-    EXPECT_EQ(status_set_logical_removal(6, 0), 0);
-    EXPECT_EQ(status_get_logical_removal(6), 0);
+    for (const int removed : {77, 0}) {
+        EXPECT_EQ(status_set_logical_removal(6, removed), 0);
+        EXPECT_EQ(status_get_logical_removal(6) != 0, removed != 0);
+        EXPECT_EQ(status_get_logical_removal(5), 0);
+    }
     EXPECT_EQ(status_wait_for_bcmd_init(), 0);
 }
 
@@ -239,9 +227,14 @@ TEST_F(StatusLookup, BadUnitsAndPortsAreRefused)
     }
 }
 
-TEST_F(StatusLookup, NothingIsFoundWhileNotMapped)
+TEST_F(StatusLookup, SecondInitKeepsTheMappingAndWithoutItNothingIsFound)
 {
-    status_finish();
+    EXPECT_EQ(status_init(), 0);
+    EXPECT_EQ(get_status(), region);
+    EXPECT_EQ(status_sync(), 0);
+    EXPECT_EQ(status_finish(), 0);
+    EXPECT_EQ(get_status(), nullptr);
+    EXPECT_EQ(status_sync(), 0);
     int first = 0;
     int second = 0;
     EXPECT_EQ(status_get_num_units(), 0);
@@ -255,18 +248,6 @@ TEST_F(StatusLookup, NothingIsFoundWhileNotMapped)
     EXPECT_EQ(status_set_tcv_handle(0, 0, 1), -3);
     EXPECT_EQ(status_get_hw_model_num(0), 0);
     EXPECT_EQ(status_get_hw_model(0), nullptr);
-}
-
-TEST(StatusRegion, SecondInitKeepsTheMapping)
-{
-    ASSERT_EQ(status_init(), 0);
-    void *const first = get_status();
-    EXPECT_EQ(status_init(), 0);
-    EXPECT_EQ(get_status(), first);
-    EXPECT_EQ(status_sync(), 0);
-    EXPECT_EQ(status_finish(), 0);
-    EXPECT_EQ(get_status(), nullptr);
-    EXPECT_EQ(status_sync(), 0);
 }
 
 } // namespace

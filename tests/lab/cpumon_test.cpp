@@ -10,8 +10,6 @@
 #include <switchcfg/cpumon.h>
 #include <switchcfg/request_channel.h>
 
-#include <algorithm>
-#include <csignal>
 #include <cstring>
 #include <fstream>
 #include <gmock/gmock.h>
@@ -27,16 +25,7 @@
 namespace {
 
 using nlohmann::json;
-using switchcfg::testing::Daemon;
-using switchcfg::testing::expect_refused;
-using switchcfg::testing::file_text;
-using switchcfg::testing::lines_of;
-using switchcfg::testing::Link;
-using switchcfg::testing::make_network;
-using switchcfg::testing::output_of;
-using switchcfg::testing::Peer;
-using switchcfg::testing::run_command;
-using switchcfg::testing::tool;
+using namespace switchcfg::testing;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 

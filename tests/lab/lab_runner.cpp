@@ -4,7 +4,8 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
-#include <sys/prctl.h>
+#include <filesystem>
+#include <fstream>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -18,26 +19,21 @@ Program::Program(const Words &words)
     }
     arguments.push_back(nullptr);
     int ends[2];
-    if (::pipe2(ends, O_CLOEXEC) != 0 || (pid_ = ::fork()) < 0) {
+    if (::pipe2(ends, O_CLOEXEC) != 0) {
         std::abort();
     }
-    if (pid_ == 0) {
-        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    peer_ = std::make_unique<Peer>([&](Link &) {
         ::dup2(ends[1], STDOUT_FILENO);
         ::dup2(ends[1], STDERR_FILENO);
         ::execvp(arguments[0], arguments.data());
         ::_exit(99);
-    }
+    });
     ::close(ends[1]);
     output_ = ends[0];
 }
 
 Program::~Program()
 {
-    if (pid_ > 0) {
-        ::kill(pid_, SIGKILL);
-        exit_status();
-    }
     ::close(output_);
 }
 
@@ -63,15 +59,13 @@ std::string Program::rest() const
 
 int Program::exit_status()
 {
-    int status = 0;
-    ::waitpid(pid_, &status, 0);
-    pid_ = -1;
+    const int status = peer_->join();
     return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
 }
 
 int Program::send(int signal) const
 {
-    return ::kill(pid_, signal);
+    return ::kill(pid(), signal);
 }
 
 Outcome run(const Words &words)
@@ -97,6 +91,18 @@ Outcome lab(const std::string &script, const Words &options)
 bool makes_user_namespaces()
 {
     return run({"unshare", "--user", "true"}).status == 0;
+}
+
+Words plain_user(const Words &programs)
+{
+    std::filesystem::create_directory("/tmp/user");
+    for (const std::string &program : programs) {
+        std::filesystem::copy(program, "/tmp/user");
+    }
+    std::filesystem::permissions("/tmp/user", std::filesystem::perms::all);
+    unsigned long numbers[3] = {};
+    std::ifstream{"/proc/self/uid_map"} >> numbers[0] >> numbers[1] >> numbers[2];
+    return numbers[2] > 65534 ? Words{"setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"} : Words{};
 }
 
 } // namespace switchcfg::testing

@@ -24,8 +24,7 @@
 
 namespace {
 
-using switchcfg::testing::Daemon;
-using switchcfg::testing::output_of;
+using namespace switchcfg::testing;
 
 constexpr char list_path[] = "/tmp/processes";
 constexpr int no_such_process = -2;
@@ -59,57 +58,29 @@ class Pm : public ::testing::Test {
     std::FILE *started_ = nullptr;
 };
 
-std::vector<std::string> arguments()
-{
-    return {list_path, "--grace", "20", "--back-off", "1"};
-}
-
-void wait_for_end(int pid)
-{
-    while (pid_exists(pid) == 1) {
-        ::sched_yield();
-    }
-}
-
-TEST_F(Pm, KeepsWhatIsEnabledRunning)
-{
-    const Daemon manager{SWITCHLAB_PM, arguments()};
-    ASSERT_TRUE(manager.ready());
-    int pid = next_started();
-    for (int round = 0; round < 3; ++round) {
-        EXPECT_EQ(::kill(pid, SIGKILL), 0);
-        const int next = next_started();
-        EXPECT_NE(next, pid);
-        EXPECT_EQ(pid_exists(pid), 0);
-        pid = next;
-    }
-    EXPECT_EQ(get_parent_pid(pid), manager.pid());
-}
+const std::vector<std::string> arguments{list_path, "--grace", "20", "--back-off", "1"};
 
 TEST_F(Pm, ObeysEveryCommand)
 {
-    const Daemon manager{SWITCHLAB_PM, arguments()};
+    const Daemon manager{SWITCHLAB_PM, arguments};
     ASSERT_TRUE(manager.ready());
-    int pid = next_started();
+    const auto expect_end = [this](auto call) {
+        const int pid = next_started();
+        EXPECT_EQ(call("worker"), 0);
+        EXPECT_EQ(pid_exists(pid), 0) << "the answer comes when it is done";
+    };
+    expect_end(pm_client_restart);
     EXPECT_EQ(pm_client_start("worker"), 0) << "runs already";
-    EXPECT_EQ(pm_client_restart("worker"), 0);
-    EXPECT_EQ(pid_exists(pid), 0);
-    pid = next_started();
-    EXPECT_EQ(pm_client_stop("worker"), 0);
-    EXPECT_EQ(pid_exists(pid), 0) << "the answer comes when it is done";
+    expect_end(pm_client_stop);
     EXPECT_EQ(pm_client_stop("worker"), 0);
     EXPECT_EQ(pm_client_start_all(), 0);
-    pid = next_started();
-    EXPECT_EQ(pm_client_kill("worker"), 0);
-    EXPECT_EQ(pid_exists(pid), 0);
+    expect_end(pm_client_kill);
     EXPECT_EQ(pm_client_start("worker"), 0);
-    pid = next_started();
-    EXPECT_EQ(pm_client_disable("worker"), 0);
-    EXPECT_EQ(pid_exists(pid), 0);
+    expect_end(pm_client_disable);
     EXPECT_EQ(pm_client_start("worker"), is_disabled);
     EXPECT_EQ(pm_client_restart("worker"), is_disabled);
     EXPECT_EQ(pm_client_enable("spare"), 0);
-    pid = next_started();
+    const int pid = next_started();
     EXPECT_EQ(pm_client_set_enabling("spare", 0), 0);
     EXPECT_EQ(pid_exists(pid), 0);
     EXPECT_EQ(pm_client_set_enabling("spare", 1), 0);
@@ -118,27 +89,16 @@ TEST_F(Pm, ObeysEveryCommand)
     EXPECT_EQ(pm_client_start(""), no_such_process);
 }
 
-TEST_F(Pm, KillsWhatIgnoresTheRequestToEnd)
-{
-    const Daemon manager{SWITCHLAB_PM, arguments()};
-    ASSERT_TRUE(manager.ready());
-    next_started();
-    EXPECT_EQ(pm_client_enable("stubborn"), 0);
-    int pid = next_started();
-    EXPECT_EQ(pm_client_restart("stubborn"), 0);
-    EXPECT_EQ(pid_exists(pid), 0);
-    pid = next_started();
-    EXPECT_EQ(pm_client_stop("stubborn"), 0);
-    EXPECT_EQ(pid_exists(pid), 0);
-}
-
-TEST_F(Pm, PrintsItsTableAndBacksOff)
+TEST_F(Pm, PrintsItsTableBacksOffAndKillsWhatIgnoresTheRequestToEnd)
 {
     const std::string printed = output_of([&] {
-        const Daemon manager{SWITCHLAB_PM, arguments()};
+        const Daemon manager{SWITCHLAB_PM, arguments};
         ASSERT_TRUE(manager.ready());
-        next_started();
+        const int worker = next_started();
         EXPECT_EQ(pm_client_enable("stubborn"), 0);
+        const int stubborn = next_started();
+        EXPECT_EQ(pm_client_restart("stubborn"), 0);
+        EXPECT_EQ(pid_exists(stubborn), 0);
         next_started();
         EXPECT_EQ(pm_client_enable("hopeless"), 0);
         for (int start = 0; start < 3; ++start) {
@@ -147,34 +107,40 @@ TEST_F(Pm, PrintsItsTableAndBacksOff)
         ::kill(manager.pid(), SIGTERM);
         EXPECT_EQ(pm_client_show_all(), 0);
         EXPECT_EQ(manager.exit_status(), 0);
+        EXPECT_EQ(pid_exists(worker), 0);
     });
-    EXPECT_NE(printed.find("worker                           running  "), std::string::npos) << printed;
-    EXPECT_NE(printed.find("spare                            disabled       -        0  sh -c"), std::string::npos);
-    EXPECT_NE(printed.find("stubborn: does not end, is killed\n"), std::string::npos) << printed;
-    EXPECT_NE(printed.find("hopeless: exited with status 1, starting again in 10 ms\n"), std::string::npos);
-    EXPECT_NE(printed.find("hopeless: exited with status 1, starting again in 20 ms\n"), std::string::npos);
+    for (const char *const part : {"worker                           running  ",
+             "spare                            disabled       -        0  sh -c", "stubborn: does not end, is killed\n",
+             "hopeless: exited with status 1, starting again in 10 ms\n",
+             "hopeless: exited with status 1, starting again in 20 ms\n"}) {
+        EXPECT_NE(printed.find(part), std::string::npos) << printed;
+    }
 }
 
-TEST_F(Pm, LeavesNothingBehind)
+TEST_F(Pm, KeepsWhatIsEnabledRunningAndLeavesNothingBehind)
 {
     int pid = 0;
     {
-        const Daemon manager{SWITCHLAB_PM, arguments()};
+        const Daemon manager{SWITCHLAB_PM, arguments};
         ASSERT_TRUE(manager.ready());
         pid = next_started();
+        for (int round = 0; round < 3; ++round) {
+            EXPECT_EQ(::kill(pid, SIGKILL), 0);
+            const int next = next_started();
+            EXPECT_NE(next, pid);
+            EXPECT_EQ(pid_exists(pid), 0);
+            pid = next;
+        }
+        EXPECT_EQ(get_parent_pid(pid), manager.pid());
     } // killed
-    wait_for_end(pid);
-    const Daemon manager{SWITCHLAB_PM, arguments()};
-    ASSERT_TRUE(manager.ready());
-    pid = next_started();
-    ::kill(manager.pid(), SIGTERM);
-    EXPECT_EQ(manager.exit_status(), 0);
-    EXPECT_EQ(pid_exists(pid), 0);
+    while (pid_exists(pid) == 1) {
+        ::sched_yield();
+    }
 }
 
 TEST_F(Pm, SurvivesWhateverItIsSent)
 {
-    const Daemon manager{SWITCHLAB_PM, arguments()};
+    const Daemon manager{SWITCHLAB_PM, arguments};
     ASSERT_TRUE(manager.ready());
     next_started();
     std::mt19937 random{7}; // NOLINT(cert-msc32-c,cert-msc51-cpp): the same every time

@@ -1,18 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // The tests run in a lab themselves, so every lab made here is one inside another.
 #include "lab/lab_runner.h"
+#include "support/file_text.h"
 
-#include <arpa/inet.h>
 #include <csignal>
-#include <fcntl.h>
 #include <filesystem>
-#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <sstream>
-#include <sys/socket.h>
-#include <sys/stat.h>
+#include <switchcfg/socket.h>
 #include <unistd.h>
 
 namespace switchcfg::testing {
@@ -22,43 +17,6 @@ namespace fs = std::filesystem;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
-std::string read_file(const std::string &path)
-{
-    std::ostringstream text;
-    text << std::ifstream{path}.rdbuf();
-    return text.str();
-}
-
-void write_file(const std::string &path, const std::string &text)
-{
-    std::ofstream{path} << text;
-}
-
-// What has to be in front of a command so that it runs as a user without rights: nothing when this one has none either.
-// The program is copied to where such a user can reach it.
-struct PlainUser {
-    PlainUser()
-    {
-        unsigned inside = 0;
-        unsigned outside = 0;
-        unsigned long count = 0;
-        std::ifstream{"/proc/self/uid_map"} >> inside >> outside >> count;
-        if (count > 65534) {
-            prefix = {"setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"};
-        }
-        fs::create_directory("/tmp/user");
-        fs::copy_file(SWITCHLAB, "/tmp/user/switchlab");
-        fs::permissions("/tmp/user", fs::perms::all);
-    }
-    Outcome lab(const std::string &script) const
-    {
-        Words words = prefix;
-        words.insert(words.end(), {"/tmp/user/switchlab", "run", "--", "sh", "-c", script});
-        return run(words);
-    }
-    Words prefix;
-};
-
 TEST(LabRun, GivesTheExitStatusOfTheCommand)
 {
     EXPECT_EQ(lab("exit 0").status, 0);
@@ -66,12 +24,10 @@ TEST(LabRun, GivesTheExitStatusOfTheCommand)
     EXPECT_EQ(lab("kill -SEGV $$").status, 128 + SIGSEGV);
     EXPECT_EQ(lab("sleep 1000 & exit 3").status, 3) << "what is left in the background ends with the lab";
 
-    const Outcome missing = run({SWITCHLAB, "run", "--", "no-such-command"});
-    EXPECT_EQ(missing.status, 127);
-    EXPECT_EQ(missing.output, "switchlab: no-such-command: No such file or directory\n");
-    const Outcome no_program = run({SWITCHLAB, "run", "--", "/etc/passwd"});
-    EXPECT_EQ(no_program.status, 126);
-    EXPECT_EQ(no_program.output, "switchlab: /etc/passwd: Permission denied\n");
+    EXPECT_EQ(run({SWITCHLAB, "run", "--", "no-such-command"}),
+        (Outcome{127, "switchlab: no-such-command: No such file or directory\n"}));
+    EXPECT_EQ(
+        run({SWITCHLAB, "run", "--", "/etc/passwd"}), (Outcome{126, "switchlab: /etc/passwd: Permission denied\n"}));
     for (const Words &wrong : {Words{SWITCHLAB, "run"}, Words{SWITCHLAB, "run", "--"}, Words{SWITCHLAB},
              Words{SWITCHLAB, "run", "--nonsense", "--", "true"}}) {
         EXPECT_EQ(run(wrong).status, 125);
@@ -80,7 +36,7 @@ TEST(LabRun, GivesTheExitStatusOfTheCommand)
 
 TEST(LabRun, FoldersAreItsOwnAndLeaveNothingBehind)
 {
-    const std::string mounts = read_file("/proc/self/mountinfo");
+    const std::string mounts = file_text("/proc/self/mountinfo");
     for (const char *folder : {"/var/", "/tmp/", "/mnt/", "/dev/", "/dev/shm/"}) {
         write_file(std::string{folder} + "outside", "");
     }
@@ -95,10 +51,10 @@ TEST(LabRun, FoldersAreItsOwnAndLeaveNothingBehind)
     for (const char *folder : {"/var/", "/tmp/", "/mnt/", "/dev/", "/dev/shm/"}) {
         EXPECT_FALSE(fs::exists(std::string{folder} + "inside")) << folder;
     }
-    EXPECT_EQ(read_file("/etc/ntp.keys"), "outside\n");
+    EXPECT_EQ(file_text("/etc/ntp.keys"), "outside\n");
     EXPECT_TRUE(fs::exists("/etc/hostname"));
     EXPECT_FALSE(fs::exists("/etc/fresh"));
-    EXPECT_EQ(read_file("/proc/self/mountinfo"), mounts);
+    EXPECT_EQ(file_text("/proc/self/mountinfo"), mounts);
 }
 
 TEST(LabRun, StartsWithTheFoldersOfAnEmptySwitch)
@@ -131,30 +87,13 @@ TEST(LabRun, ProgramsThatStopAMachineOnlyTakeNote)
 
 TEST(LabRun, LoopbackIsUpAndNobodyElses)
 {
-    for (const int family : {AF_INET, AF_INET6}) {
-        if (family == AF_INET6 && !fs::exists("/proc/net/if_inet6")) {
-            continue; // a kernel without IPv6
-        }
-        sockaddr_storage address{};
-        address.ss_family = static_cast<sa_family_t>(family);
-        ASSERT_EQ(::inet_pton(family, family == AF_INET ? "127.0.0.1" : "::1",
-                      family == AF_INET ? static_cast<void *>(&reinterpret_cast<sockaddr_in &>(address).sin_addr)
-                                        : static_cast<void *>(&reinterpret_cast<sockaddr_in6 &>(address).sin6_addr)),
-            1);
-        reinterpret_cast<sockaddr_in &>(address).sin_port = htons(63003);
-        auto *const where = reinterpret_cast<sockaddr *>(&address);
-        const int server = ::socket(family, SOCK_STREAM, 0);
-        ASSERT_EQ(::bind(server, where, sizeof address), 0);
-        ASSERT_EQ(::listen(server, 5), 0);
-        const int client = ::socket(family, SOCK_STREAM, 0);
-        EXPECT_EQ(::connect(client, where, sizeof address), 0);
-        ::close(client);
-        EXPECT_THAT(lab(std::string{"exec 2>&1; bash -c 'exec 3<>/dev/tcp/"} +
-                        (family == AF_INET ? "127.0.0.1" : "::1") + "/63003'")
-                        .output,
-            HasSubstr("Connection refused"));
-        ::close(server);
+    const int server = socket_is6_create_any(63003); // of both families
+    for (const char *const address : {"127.0.0.1", "::1"}) {
+        const std::string connect = std::string{"exec 3<>/dev/tcp/"} + address + "/63003";
+        EXPECT_EQ(run({"bash", "-c", connect}).output, "");
+        EXPECT_THAT(lab("exec 2>&1; bash -c '" + connect + "'").output, HasSubstr("Connection refused"));
     }
+    ::close(server);
 }
 
 TEST(LabRun, ProcessesAreItsOwnAndOrphansAreReaped)
@@ -204,7 +143,7 @@ TEST(LabRun, KeepsFoldersInTheirPlaces)
                              "echo new > /tmp/checkout/new",
         {"--keep", "/tmp/checkout/source", "--keep", "/tmp/checkout", "--keep", "/var/other/"});
     EXPECT_EQ(kept.output, "kept\n/tmp/checkout\n/var/other\n");
-    EXPECT_EQ(read_file("/tmp/checkout/new"), "new\n");
+    EXPECT_EQ(file_text("/tmp/checkout/new"), "new\n");
     EXPECT_EQ(lab("cat /mnt/link/new; ls /mnt", {"--keep", "/mnt/link"}).output, "new\nflash\nlink\n");
 
     fs::current_path("/tmp/checkout/source");
@@ -225,18 +164,25 @@ TEST(LabRun, KeepsFoldersInTheirPlaces)
         "switchlab: --keep /tmp/absent: No such file or directory; name a folder that exists\n");
 }
 
-TEST(LabRun, ServesAUserWithoutRights)
+TEST(LabRun, ServesAUserWithoutRightsAndSaysWhatTheKernelRefused)
 {
     if (!makes_user_namespaces()) {
         GTEST_SKIP() << "no user namespaces are to be had here, as below chroot()";
     }
-    const PlainUser user;
+    const auto user_lab = [user = plain_user({SWITCHLAB})](const std::string &script) {
+        Words words = user;
+        words.insert(words.end(), {"/tmp/user/switchlab", "run", "--", "sh", "-c", script});
+        return run(words);
+    };
     const Outcome inside =
-        user.lab("id -u; touch /var/x /tmp/x /mnt/x /dev/x /etc/x && echo >> /etc/passwd && echo written; "
+        user_lab("id -u; touch /var/x /tmp/x /mnt/x /dev/x /etc/x && echo >> /etc/passwd && echo written; "
                  "rm /etc/group; test -e /etc/group || echo gone; echo $$; ip link show lo 2>&1 | grep -c LOOPBACK,UP");
     EXPECT_EQ(inside.output, "0\nwritten\ngone\n2\n1\n");
     EXPECT_TRUE(fs::exists("/etc/group"));
     EXPECT_FALSE(fs::exists("/etc/x"));
+    EXPECT_EQ(user_lab("echo 0 > /proc/sys/user/max_net_namespaces; /tmp/user/switchlab run -- true"),
+        (Outcome{125, "switchlab: clone new mount, network and process namespaces: No space left on device; "
+                      "a limit on namespaces is reached: raise the sysctls user.max_*_namespaces\n"}));
 }
 
 TEST(LabRun, WorksInsideItself)
@@ -246,18 +192,6 @@ TEST(LabRun, WorksInsideItself)
     const Outcome deep =
         lab(nest + nest + nest + "sh -c 'echo deep > /etc/deep; cat /etc/deep; test -s /etc/passwd; echo $?'");
     EXPECT_EQ(deep.output, "deep\n0\n");
-}
-
-TEST(LabRun, SaysWhatTheKernelRefused)
-{
-    if (!makes_user_namespaces()) {
-        GTEST_SKIP() << "no user namespaces are to be had here, as below chroot()";
-    }
-    const PlainUser user;
-    const Outcome refused = user.lab("echo 0 > /proc/sys/user/max_net_namespaces; /tmp/user/switchlab run -- true");
-    EXPECT_EQ(refused.status, 125);
-    EXPECT_EQ(refused.output, "switchlab: clone new mount, network and process namespaces: No space left on device; "
-                              "a limit on namespaces is reached: raise the sysctls user.max_*_namespaces\n");
 }
 
 } // namespace

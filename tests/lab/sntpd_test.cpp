@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The SNTP settings from end to end: configuration, process manager, daemon and, where there is one, a real time server
 // that reads the same key file.
+#include "support/comes.h"
 #include "support/daemon.h"
 #include "support/file_text.h"
 #include "support/spawned.h"
@@ -8,8 +9,6 @@
 #include <switchcfg/sntp.h>
 #include <switchcfg/startup.h>
 
-#include <chrono>
-#include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
@@ -17,33 +16,18 @@
 
 namespace {
 
-using switchcfg::testing::Daemon;
-using switchcfg::testing::file_text;
-using switchcfg::testing::Spawned;
-using switchcfg::testing::write_file;
+using namespace switchcfg::testing;
 using ::testing::HasSubstr;
 
 constexpr char log_path[] = "/tmp/sntpd.log";
 constexpr char time_server[] = "/usr/sbin/chronyd";
-
-bool comes_true(const std::function<bool()> &condition)
-{
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds{20};
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > deadline) {
-            return false;
-        }
-        ::usleep(10000);
-    }
-    return true;
-}
 
 // What the daemon has said since the last time, once this is part of it.
 std::string said_with(const std::string &part)
 {
     static std::size_t seen = 0;
     std::string news;
-    comes_true([&] {
+    comes([&] {
         news = file_text(log_path).substr(seen);
         return news.find(part) != std::string::npos && news.ends_with('\n');
     });
@@ -96,14 +80,14 @@ TEST_F(Sntpd, ExchangesTheTimeWithAServerThatReadsTheSameKeys)
                                                "bindcmdaddress /\npidfile /tmp/chronyd.pid\nkeyfile "} +
                                        SNTP_KEY_FILE + "\n");
     const Spawned server{time_server, "-d", "-x", "-u", "root", "-f", "/tmp/chrony.conf", "-l", "/tmp/chrony.log"};
-    ASSERT_TRUE(comes_true([] { return file_text("/proc/net/udp").find("0100007F:007B") != std::string::npos; }));
+    ASSERT_TRUE(comes([] { return file_text("/proc/net/udp").find("0100007F:007B") != std::string::npos; }));
     ASSERT_EQ(cfg_add_sntp_server("127.0.0.1"), 0);
     ASSERT_EQ(cfg_sntp_define_key_server(5, "127.0.0.1"), 0);
     ASSERT_EQ(cfg_set_sntp_auth_enable(1), 0);
     ASSERT_EQ(cfg_set_sntp_enable(1), 0);
     EXPECT_THAT(said_with("answers"), HasSubstr(", authenticated with key 5\n")) << file_text("/tmp/chrony.log");
     char last[SNTP_ADDRESS_TEXT_SIZE] = "";
-    EXPECT_TRUE(comes_true([&] { return sntp_dump_lastOk_ip_addr(last) == 0; }));
+    EXPECT_TRUE(comes([&] { return sntp_dump_lastOk_ip_addr(last) == 0; }));
     EXPECT_STREQ(last, "127.0.0.1");
     ASSERT_EQ(cfg_sntp_undefine_key_server("127.0.0.1"), 0);
     ASSERT_EQ(cfg_sntp_define_key_server(4294967295U, "127.0.0.1"), 0);

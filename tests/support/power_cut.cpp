@@ -79,7 +79,7 @@ class StorageCalls {
 // Traces the job and every process it starts. A process of its own, so that it waits for nobody else's children.
 class Tracer {
   public:
-    Tracer(FlashDevice &flash, CutAt where, unsigned after) : flash_(flash), where_(where), left_(after) {}
+    explicit Tracer(FlashDevice &flash) : flash_(flash) {}
 
     CutRun run(const std::function<int()> &job)
     {
@@ -121,7 +121,7 @@ class Tracer {
             if (std::ranges::find(processes_, pid) == processes_.end()) {
                 processes_.push_back(pid);
             }
-            if (status >> 8 == (SIGTRAP | (PTRACE_EVENT_SECCOMP << 8)) && power_is_gone()) {
+            if (status >> 8 == (SIGTRAP | (PTRACE_EVENT_SECCOMP << 8)) && !flash_.powered()) {
                 result_.cut = true;
             }
             if (result_.cut) {
@@ -137,14 +137,6 @@ class Tracer {
         }
     }
 
-    bool power_is_gone()
-    {
-        if (where_ != CutAt::call) {
-            return !flash_.powered();
-        }
-        return left_ == 0 || left_-- == 0;
-    }
-
     // The signal that goes on to the process: not the stops that tracing makes.
     static long passed_on(int status)
     {
@@ -153,8 +145,6 @@ class Tracer {
     }
 
     FlashDevice &flash_;
-    CutAt where_;
-    unsigned left_;
     pid_t job_ = -1;
     std::vector<pid_t> processes_;
     CutRun result_{false, 0};
@@ -164,9 +154,7 @@ class Tracer {
 
 CutRun run_and_cut(FlashDevice &flash, CutAt where, unsigned after, const std::function<int()> &job)
 {
-    if (where != CutAt::call) {
-        flash.cut_after(after, where == CutAt::half_operation);
-    }
+    flash.cut_after(after, where == CutAt::half_operation);
     int ends[2];
     if (::pipe2(ends, O_CLOEXEC) != 0) {
         std::abort();
@@ -174,7 +162,7 @@ CutRun run_and_cut(FlashDevice &flash, CutAt where, unsigned after, const std::f
     const pid_t tracer = ::fork();
     if (tracer == 0) {
         ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-        const CutRun run = Tracer{flash, where, after}.run(job);
+        const CutRun run = Tracer{flash}.run(job);
         ::_exit(::write(ends[1], &run, sizeof run) == sizeof run ? 0 : Tracer::broken);
     }
     ::close(ends[1]);

@@ -3,7 +3,7 @@
 //
 //     for (unsigned after = 0;; ++after) {
 //         prepare();
-//         const CutRun run = run_and_cut(flash, CutAt::call, after, save);
+//         const CutRun run = run_and_cut(flash, CutAt::operation, after, save);
 //         ... start again and check what is left ...
 //         if (!run.cut) break;
 //     }
@@ -19,7 +19,6 @@ namespace switchcfg::testing {
 enum class CutAt {
     operation,      // before an operation of the flash device: the erase of a block, the programming of a page
     half_operation, // in the middle of one
-    call,           // before a system call that changes storage: a write, an erase, making, renaming or removing a file
 };
 
 struct CutRun {
@@ -27,7 +26,7 @@ struct CutRun {
     int status; // then, the job's result as a process's exit status
 };
 
-// Runs `job` in a child process, lets `after` operations or calls happen and then cuts the power: nothing that the job
+// Runs `job` in a child process, lets `after` operations happen and then cuts the power: nothing that the job
 // or a process of its own does to storage afterwards happens. On return they are gone and the power is on again.
 CutRun run_and_cut(FlashDevice &flash, CutAt where, unsigned after, const std::function<int()> &job);
 

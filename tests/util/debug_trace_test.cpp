@@ -4,7 +4,6 @@
 #include "support/file_text.h"
 #include "support/peer.h"
 
-#include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
@@ -12,15 +11,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
 namespace {
 
-using switchcfg::testing::file_text;
-using switchcfg::testing::Link;
-using switchcfg::testing::Peer;
+using namespace switchcfg::testing;
 using ::testing::EndsWith;
 using ::testing::MatchesRegex;
 
@@ -28,8 +24,8 @@ using ::testing::MatchesRegex;
 // comes back write by write.
 std::vector<std::string> errors_of(const char *trace, const std::function<void()> &body)
 {
-    std::array<int, 2> ends{};
-    EXPECT_EQ(::pipe2(ends.data(), O_DIRECT), 0); // keeps the writes apart
+    int ends[2];
+    EXPECT_EQ(::pipe2(ends, O_DIRECT), 0); // keeps the writes apart
     Peer process{[&](Link &) {
         ::dup2(ends[1], STDERR_FILENO);
         if (trace != nullptr) {
@@ -43,7 +39,6 @@ std::vector<std::string> errors_of(const char *trace, const std::function<void()
     for (ssize_t count = 0; (count = ::read(ends[0], piece.data(), piece.size())) > 0;) {
         writes.push_back(piece.substr(0, static_cast<std::size_t>(count)));
     }
-    ::close(ends[0]);
     EXPECT_EQ(process.join(), 0);
     return writes;
 }

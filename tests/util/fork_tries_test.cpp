@@ -26,30 +26,20 @@ extern "C" __attribute__((visibility("default"))) pid_t fork() noexcept
 
 namespace {
 
-int run_after_failures(int failures)
-{
-    failures_to_come = failures;
-    calls = 0;
-    ::unlink("/tmp/ran");
-    return _exec("touch", "touch", "/tmp/ran", nullptr);
-}
-
-bool has_run()
-{
-    return ::access("/tmp/ran", F_OK) == 0;
-}
-
 TEST(ForkTries, TheTenthFailsWhetherItRanOrNot)
 {
-    EXPECT_EQ(run_after_failures(8), 0);
-    EXPECT_TRUE(has_run());
-    EXPECT_EQ(calls, 9);
-    EXPECT_EQ(run_after_failures(9), -1);
-    EXPECT_TRUE(has_run()) << "the program has run all the same";
-    EXPECT_EQ(calls, 10);
-    EXPECT_EQ(run_after_failures(10), -1);
-    EXPECT_FALSE(has_run());
-    EXPECT_EQ(calls, 10);
+    const struct {
+        int failures, result, calls;
+        bool ran;
+    } cases[] = {{8, 0, 9, true}, {9, -1, 10, true}, {10, -1, 10, false}};
+    for (const auto &row : cases) {
+        failures_to_come = row.failures;
+        calls = 0;
+        ::unlink("/tmp/ran");
+        EXPECT_EQ(_exec("touch", "touch", "/tmp/ran", nullptr), row.result) << row.failures;
+        EXPECT_EQ(::access("/tmp/ran", F_OK) == 0, row.ran) << row.failures;
+        EXPECT_EQ(calls, row.calls);
+    }
 }
 
 TEST(ForkTries, OthersTryOnce)

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <switchcfg/netdev.h>
 
+#include "support/descriptors.h"
+#include "support/error_of.h"
+
 #include <array>
 #include <cerrno>
 #include <cstdarg>
@@ -16,29 +19,23 @@
 
 namespace {
 
+using namespace switchcfg::testing;
+
 // Virtual interfaces have no PHY, so the MII requests to one of them are answered here, as its driver would.
 struct Phy {
-    std::string interface;
-    std::array<std::uint16_t, 32> registers{};
+    bool present = false;
     bool fails = false;
+    std::array<std::uint16_t, 32> registers{};
     static constexpr std::uint16_t address = 9;
 };
 Phy phy;
 
-bool is_for_phy(unsigned long request, const ifreq &interface)
-{
-    return (request == SIOCGMIIPHY || request == SIOCGMIIREG || request == SIOCSMIIREG) &&
-           phy.interface == interface.ifr_name;
-}
-
-int answer(unsigned long request, ifreq &interface)
+int answer(unsigned long request, mii_ioctl_data &data)
 {
     if (phy.fails) {
         errno = EIO;
         return -1;
     }
-    mii_ioctl_data data;
-    std::memcpy(&data, &interface.ifr_ifru, sizeof data);
     if (request == SIOCGMIIPHY) {
         data.phy_id = Phy::address;
     } else if (request == SIOCGMIIREG) {
@@ -46,7 +43,6 @@ int answer(unsigned long request, ifreq &interface)
     } else {
         phy.registers.at(data.reg_num) = data.val_in;
     }
-    std::memcpy(&interface.ifr_ifru, &data, sizeof data);
     return 0;
 }
 
@@ -59,8 +55,8 @@ extern "C" [[gnu::visibility("default")]] int ioctl(int fd, unsigned long reques
     va_start(arguments, request);
     void *const argument = va_arg(arguments, void *);
     va_end(arguments);
-    if (!phy.interface.empty() && is_for_phy(request, *static_cast<ifreq *>(argument))) {
-        return answer(request, *static_cast<ifreq *>(argument));
+    if (phy.present && (request == SIOCGMIIPHY || request == SIOCGMIIREG || request == SIOCSMIIREG)) {
+        return answer(request, *reinterpret_cast<mii_ioctl_data *>(&static_cast<ifreq *>(argument)->ifr_ifru));
     }
     return static_cast<int>(::syscall(SYS_ioctl, fd, request, argument));
 }
@@ -83,18 +79,12 @@ class NetworkInterface : public testing::Test {
             GTEST_SKIP() << "this kernel or this namespace gives no veth pair, or ip is not installed";
         }
     }
-    void TearDown() override
-    {
-        phy.interface.clear();
-        (void)ip("link delete " + std::string{first});
-    }
 };
 
 TEST_F(NetworkInterface, TakesAnAddressThatReadsBack)
 {
     const std::array<std::uint8_t, 6> mac{0x02, 0x1A, 0x2B, 0x3C, 0x4D, 0x5E};
-    const int next_fd = ::dup(0);
-    ::close(next_fd);
+    const int before = open_descriptors();
     ASSERT_EQ(net_set_mac(first, ARPHRD_ETHER, mac.data(), mac.size()), 0) << std::strerror(errno);
 
     ifreq interface {
@@ -105,17 +95,13 @@ TEST_F(NetworkInterface, TakesAnAddressThatReadsBack)
     EXPECT_EQ(interface.ifr_hwaddr.sa_family, ARPHRD_ETHER);
     EXPECT_EQ(std::memcmp(interface.ifr_hwaddr.sa_data, mac.data(), mac.size()), 0);
 
-    EXPECT_EQ(net_set_mac("sw_none", ARPHRD_ETHER, mac.data(), 6), -1);
-    EXPECT_EQ(errno, ENODEV);
+    EXPECT_EQ(error_of(net_set_mac("sw_none", ARPHRD_ETHER, mac.data(), 6)), ENODEV);
     EXPECT_EQ(net_set_mac(first, ARPHRD_INFINIBAND, mac.data(), 6), -1) << "not the interface's kind of address";
     for (const int length : {-1, 15, 1 << 30}) {
-        errno = 0;
-        EXPECT_EQ(net_set_mac(first, ARPHRD_ETHER, mac.data(), length), -1);
-        EXPECT_EQ(errno, EINVAL);
+        EXPECT_EQ(error_of(net_set_mac(first, ARPHRD_ETHER, mac.data(), length)), EINVAL);
     }
-    const int next_fd_now = ::dup(0);
-    EXPECT_EQ(next_fd_now, next_fd) << "a socket was left open";
-    ::close(next_fd_now);
+    EXPECT_EQ(error_of(net_ioctl_access(-2, SIOCGIFFLAGS, &interface)), EBADF);
+    EXPECT_EQ(open_descriptors(), before);
 }
 
 TEST_F(NetworkInterface, WithoutPhyOrNotUpFailsAndEndsDisconnected)
@@ -128,8 +114,7 @@ TEST_F(NetworkInterface, WithoutPhyOrNotUpFailsAndEndsDisconnected)
     const auto expect_failure = [&context](int why) {
         for (const auto call : {net_mii_ioctl, net_mii_ioctl_connect}) {
             context.request = SIOCGMIIREG;
-            EXPECT_EQ(call(&context), -1);
-            EXPECT_EQ(errno, why) << std::strerror(errno);
+            EXPECT_EQ(error_of(call(&context)), why) << std::strerror(errno);
             EXPECT_EQ(context.socket, -1);
             EXPECT_EQ(context.ready, 0);
         }
@@ -144,7 +129,7 @@ TEST_F(NetworkInterface, WithoutPhyOrNotUpFailsAndEndsDisconnected)
 
 TEST_F(NetworkInterface, FirstCallFindsThePhyAndLaterOnesReachItsRegisters)
 {
-    phy = Phy{.interface = first};
+    phy.present = true;
     phy.registers[MII_PHYSID1] = 0x1234;
     net_mii_context context{};
     net_mii_ioctl_init(&context, first);
@@ -168,8 +153,7 @@ TEST_F(NetworkInterface, FirstCallFindsThePhyAndLaterOnesReachItsRegisters)
     EXPECT_EQ(context.data->val_out, 0x1234);
 
     phy.fails = true;
-    EXPECT_EQ(request(SIOCGMIIREG, MII_PHYSID1, 0), -1);
-    EXPECT_EQ(errno, EIO);
+    EXPECT_EQ(error_of(request(SIOCGMIIREG, MII_PHYSID1, 0)), EIO);
     EXPECT_EQ(context.socket, -1);
     phy.fails = false;
     context.data->phy_id = 0;
@@ -178,15 +162,6 @@ TEST_F(NetworkInterface, FirstCallFindsThePhyAndLaterOnesReachItsRegisters)
     EXPECT_STREQ(context.interface.ifr_name, first);
     EXPECT_EQ(net_mii_ioctl_disconnect(&context), 0);
     EXPECT_EQ(context.socket, -1);
-}
-
-TEST(NetworkRequest, RefusesADescriptorThatIsNone)
-{
-    ifreq interface {
-    };
-    errno = 0;
-    EXPECT_EQ(net_ioctl_access(-2, SIOCGIFFLAGS, &interface), -1);
-    EXPECT_EQ(errno, EBADF);
 }
 
 } // namespace

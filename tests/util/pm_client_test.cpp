@@ -18,19 +18,18 @@
 
 namespace {
 
-using switchcfg::testing::Link;
-using switchcfg::testing::Peer;
+using namespace switchcfg::testing;
 
-std::string logged;
+// The last line logged, behind its priority.
+std::array<char, 256> logged{};
 
 void remember(int priority, const char *format, ...)
 {
-    std::array<char, 256> line{};
+    logged = {static_cast<char>('0' + priority), ' '};
     std::va_list arguments;
     va_start(arguments, format);
-    (void)std::vsnprintf(line.data(), line.size(), format, arguments);
+    (void)std::vsnprintf(logged.data() + 2, logged.size() - 2, format, arguments);
     va_end(arguments);
-    logged += std::to_string(priority) + ": " + line.data() + "\n";
 }
 
 void set_up(std::uint16_t port, decltype(pm_client_settings::logger) logger = nullptr)
@@ -39,31 +38,20 @@ void set_up(std::uint16_t port, decltype(pm_client_settings::logger) logger = nu
     pm_client_init(&settings);
 }
 
-// A process manager that answers with what it was asked: command, value and length of the name in one number.
-class Manager {
-  public:
-    using Answer = int (*)(void *, int);
-    explicit Manager(Answer answer)
-        : peer_{[answer](Link &link) {
-              daemon_server server{};
-              server.port = PM_CLIENT_PORT;
-              server.period = 100000;
-              server.argument = &link;
-              server.timer = [](void *told) {
-                  static_cast<Link *>(told)->tell(); // it listens
-                  return 0;
-              };
-              server.connection = answer;
-              daemon_server_loop(&server);
-          }}
-    {
-        EXPECT_TRUE(peer_.await());
-    }
+// A process manager that listens when this returns.
+Peer manager(int (*answer)(void *, int))
+{
+    return Peer{[answer](Link &link) {
+        daemon_server server{PM_CLIENT_PORT, 100000, &link, nullptr, answer};
+        server.timer = [](void *told) {
+            static_cast<Link *>(told)->tell();
+            return 0;
+        };
+        daemon_server_loop(&server);
+    }};
+}
 
-  private:
-    Peer peer_;
-};
-
+// Answers with what it was asked: command, value and length of the name in one number.
 int describe(void *, int fd)
 {
     pm_request record{};
@@ -81,7 +69,8 @@ int describe(void *, int fd)
 
 TEST(PmClient, EachRequestCarriesItsCommandNameAndValue)
 {
-    const Manager manager{describe};
+    const Peer describing = manager(describe);
+    ASSERT_TRUE(describing.await());
     set_up(PM_CLIENT_PORT);
     EXPECT_EQ(pm_client_start("sntpd"), 10005);
     EXPECT_EQ(pm_client_stop("sntpd"), 20005);
@@ -92,9 +81,7 @@ TEST(PmClient, EachRequestCarriesItsCommandNameAndValue)
     EXPECT_EQ(pm_client_set_enabling("sntpd", 7), 70705);
     EXPECT_EQ(pm_client_start_all(), 80000);
     EXPECT_EQ(pm_client_show_all(), 90000);
-    EXPECT_EQ(pm_client_start(std::string(31, 'x').c_str()), 10031);
     EXPECT_EQ(pm_client_start(std::string(40, 'x').c_str()), 10031);
-    EXPECT_EQ(pm_client_start(""), 10000);
     EXPECT_EQ(pm_client_start(nullptr), 10000);
     pm_client_finish();
     EXPECT_EQ(pm_client_start("sntpd"), 10005) << "finishing does nothing";
@@ -104,7 +91,8 @@ TEST(PmClient, WithoutAProcessManagerItFails)
 {
     EXPECT_EQ(pm_client_start("sntpd"), -1) << "not set up";
     {
-        const Manager manager{describe};
+        const Peer describing = manager(describe);
+        ASSERT_TRUE(describing.await());
         set_up(0);
         EXPECT_EQ(pm_client_start("sntpd"), -1);
         pm_client_init(nullptr);
@@ -112,10 +100,11 @@ TEST(PmClient, WithoutAProcessManagerItFails)
     }
     set_up(PM_CLIENT_PORT);
     EXPECT_EQ(pm_client_start("sntpd"), -1) << "refused";
-    const Manager hasty{[](void *, int fd) {
+    const Peer hasty = manager([](void *, int fd) {
         pm_request record{};
         return vx_read(fd, &record, sizeof record) == 0 ? vx_write(fd, &record, sizeof record - 1) : -1;
-    }};
+    });
+    ASSERT_TRUE(hasty.await());
     EXPECT_EQ(pm_client_start("sntpd"), -1) << "the reply is short";
 }
 
@@ -132,12 +121,11 @@ TEST(PmClient, KillsAllOfANameButNotItself)
     ::prctl(PR_SET_NAME, "victim of this");
     set_up(0, remember);
     EXPECT_EQ(pm_client_kill_proc("victim of this", -1, SIGKILL), 2);
-    EXPECT_EQ(logged, "4: Request from user to stop all processes 'victim of this' (forced)\n");
+    EXPECT_STREQ(logged.data(), "4 Request from user to stop all processes 'victim of this' (forced)");
     EXPECT_EQ(WTERMSIG(first.join()), SIGKILL);
     EXPECT_EQ(WTERMSIG(second.join()), SIGKILL);
-    logged.clear();
     EXPECT_EQ(pm_client_kill_proc("no such name", -1, SIGTERM), 0);
-    EXPECT_EQ(logged, "4: Request from user to stop all processes 'no such name'\n");
+    EXPECT_STREQ(logged.data(), "4 Request from user to stop all processes 'no such name'");
 }
 
 TEST(PmClient, KillsOneOnlyUnderItsName)
@@ -160,14 +148,14 @@ TEST(PmClient, KillsOneOnlyUnderItsName)
     }
     ::prctl(PR_SET_NAME, "myself");
     EXPECT_EQ(pm_client_kill_proc("myself", ::getpid(), SIGKILL), -7);
-    EXPECT_EQ(logged, "");
+    EXPECT_STREQ(logged.data(), "");
     victim.go();
     ASSERT_TRUE(victim.await());
     EXPECT_EQ(pm_client_kill_proc("two words", victim.pid(), SIGKILL), -6);
     EXPECT_EQ(pm_client_kill_proc("two", victim.pid(), 12345), -1) << "no such signal";
     set_up(0);
     EXPECT_EQ(pm_client_kill_proc("two", victim.pid(), SIGTERM), 1);
-    EXPECT_EQ(logged, "4: Request from user to stop process 'two'\n");
+    EXPECT_STREQ(logged.data(), "4 Request from user to stop process 'two'");
     EXPECT_EQ(WTERMSIG(victim.join()), SIGTERM);
 }
 

@@ -2,30 +2,33 @@
 #include <switchcfg/ip_addr.h>
 #include <switchcfg/print_ext.h>
 
+#include "support/output.h"
+
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <string>
 
 namespace {
 
-// Takes formats that the compiler must not check, since it does not know the letters.
-std::string print(const char *format, ...)
+using switchcfg::testing::output_of;
+
+// To a stream; takes formats that the compiler must not check, since it does not know the letters.
+int print_to(std::FILE *stream, const char *format, ...)
 {
-    char *text = nullptr;
     va_list arguments;
     va_start(arguments, format);
-    const int length = ::vasprintf(&text, format, arguments);
+    const int length = std::vfprintf(stream, format, arguments);
     va_end(arguments);
-    if (length < 0) {
-        return "(failed)";
-    }
-    std::string result{text, static_cast<std::size_t>(length)};
-    std::free(text);
-    return result;
+    return length;
+}
+
+template<typename... Arguments>
+std::string print(const char *format, Arguments... arguments)
+{
+    return output_of([=] { print_to(stdout, format, arguments...); });
 }
 
 class PrintExtensions : public ::testing::Test {
@@ -77,35 +80,19 @@ TEST_F(PrintExtensions, WidthAndLeftApplyAndNothingElse)
     EXPECT_EQ(print("[%.3M|%+D|%#B|%020D]", mac, ipv4, ipv6, ipv4),
         "[00:1A:2B:3C:4D:5E|192.168.0.1|fe80::1f|         192.168.0.1]");
     EXPECT_EQ(print("[%-16D]", static_cast<void *>(nullptr)), "[<null pointer>  ]");
-}
-
-TEST_F(PrintExtensions, MixesWithTheOrdinaryConversions)
-{
     EXPECT_EQ(print("%s %d %M %c %lld %D %.2f%%", "port", 7, mac, 'x', 1234567890123LL, ipv4, 1.5),
         "port 7 00:1A:2B:3C:4D:5E x 1234567890123 192.168.0.1 1.50%");
 }
 
-int print_to(std::FILE *stream, const char *format, ...)
-{
-    va_list arguments;
-    va_start(arguments, format);
-    const int length = std::vfprintf(stream, format, arguments);
-    va_end(arguments);
-    return length;
-}
-
 TEST_F(PrintExtensions, StreamsReportLengthAndFailure)
 {
-    std::FILE *const stream = std::tmpfile();
-    EXPECT_EQ(print_to(stream, "%20M", mac), 20);
-    (void)std::fclose(stream);
+    EXPECT_EQ(output_of([] { EXPECT_EQ(print_to(stdout, "%20M", mac), 20); }).size(), 20U);
     std::FILE *const full = std::fopen("/dev/full", "w");
     ASSERT_NE(full, nullptr);
     std::setvbuf(full, nullptr, _IONBF, 0);
     for (const char *const format : {"%M", "%D", "%B"}) {
         EXPECT_LT(print_to(full, format, ipv6), 0);
     }
-    (void)std::fclose(full);
 }
 
 } // namespace

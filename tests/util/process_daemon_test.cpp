@@ -1,18 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <switchcfg/process.h>
 
+#include "support/file_text.h"
 #include "support/peer.h"
 #include "support/terminal.h"
 
-#include <array>
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <string>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -21,9 +18,7 @@
 
 namespace {
 
-using switchcfg::testing::Link;
-using switchcfg::testing::Peer;
-using switchcfg::testing::Terminal;
+using namespace switchcfg::testing;
 
 constexpr char fifo[] = "/tmp/report";
 
@@ -53,8 +48,7 @@ TEST(Daemon, RunsInASessionOfItsOwnWithNothingOpen)
         const int result = daemonize();
         const bool alone = ::getsid(0) != ::getpid() && ::tcgetpgrp(0) == -1 && ::open("/dev/tty", O_RDWR) == -1;
         const int open = count_descriptors();
-        std::array<char, 4> folder{};
-        const bool at_root = ::getcwd(folder.data(), folder.size()) != nullptr && folder[0] == '/' && folder[1] == '\0';
+        const bool at_root = std::filesystem::current_path() == "/";
         bool null = true;
         for (int fd = 0; fd <= 2; ++fd) {
             null = null && link_of(fd) == "/dev/null" && (::fcntl(fd, F_GETFL) & O_ACCMODE) == O_RDWR;
@@ -62,37 +56,27 @@ TEST(Daemon, RunsInASessionOfItsOwnWithNothingOpen)
         const int report = ::open(fifo, O_WRONLY);
         ::dprintf(report, "%d %d %d %d %d", result, alone, at_root, open, null);
     }};
-    std::ifstream report{fifo};
-    const std::string text{std::istreambuf_iterator<char>{report}, {}};
-    EXPECT_EQ(text, "0 1 1 3 1") << "result, alone, at the root, descriptors, on /dev/null";
+    EXPECT_EQ(file_text(fifo), "0 1 1 3 1") << "result, alone, at root, descriptors, on /dev/null";
     EXPECT_EQ(launcher.join(), 0) << "the parent ends with status 0";
 }
 
 TEST(Daemon, CloseAllLeavesTheStandardOnes)
 {
-    Peer peer{[](Link &) {
-        rlimit many{2500, 2500};
-        ::setrlimit(RLIMIT_NOFILE, &many);
-        while (::dup(0) >= 0) {
-        }
-        ::close(1000); // the listing itself gets a number in the middle
-        close_all();
-        ::_exit(count_descriptors());
-    }};
-    EXPECT_EQ(WEXITSTATUS(peer.join()), 3);
-    Peer without_proc{[](Link &) {
-        rlimit many{2500, 2500};
-        ::setrlimit(RLIMIT_NOFILE, &many);
-        while (::dup(0) >= 0) {
-        }
-        if (::chroot("/tmp") != 0) { // no /proc there
-            ::_exit(99);
-        }
-        ::close(1000);
-        close_all();
-        ::_exit(count_descriptors());
-    }};
-    EXPECT_EQ(WEXITSTATUS(without_proc.join()), 3);
+    for (const bool proc : {true, false}) {
+        Peer peer{[proc](Link &) {
+            rlimit many{2500, 2500};
+            ::setrlimit(RLIMIT_NOFILE, &many);
+            while (::dup(0) >= 0) {
+            }
+            if (!proc && ::chroot("/tmp") != 0) {
+                ::_exit(99);
+            }
+            ::close(1000); // the listing itself gets a number in the middle
+            close_all();
+            ::_exit(count_descriptors());
+        }};
+        EXPECT_EQ(WEXITSTATUS(peer.join()), 3) << proc;
+    }
 }
 
 TEST(Daemon, StandardDescriptorsGoToNull)

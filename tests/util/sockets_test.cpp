@@ -2,6 +2,7 @@
 #include <switchcfg/socket.h>
 
 #include "support/descriptors.h"
+#include "support/error_of.h"
 #include "support/peer.h"
 
 #include <array>
@@ -10,24 +11,22 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <linux/if_packet.h>
 #include <net/ethernet.h>
 #include <net/if.h>
 #include <netinet/in.h>
+#include <poll.h>
 #include <string>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 #include <vector>
 
 namespace {
 
-using switchcfg::testing::elapsed_ms;
-using switchcfg::testing::Link;
-using switchcfg::testing::open_descriptors;
-using switchcfg::testing::Peer;
+using namespace switchcfg::testing;
 
 // Below the ports that connections take for themselves: a refused one could else meet itself.
 constexpr std::uint32_t port = 20001;
@@ -51,41 +50,20 @@ int option(int fd, int name)
 }
 
 // A listener on `port` whose backlog is full: further connections are neither taken nor refused.
-class Deaf {
-  public:
+struct Deaf {
     Deaf()
     {
-        EXPECT_EQ(::listen(listener, 0), 0);
-        for (;;) { // one more than it admits, so that one hangs
-            const int fd = ::socket(AF_INET6, SOCK_STREAM | SOCK_NONBLOCK, 0);
-            fds.push_back(fd);
-            sockaddr_in6 address{};
-            address.sin6_family = AF_INET6;
-            address.sin6_addr = in6addr_loopback;
-            address.sin6_port = htons(port);
-            EXPECT_EQ(::connect(fd, reinterpret_cast<sockaddr *>(&address), sizeof address), -1);
-            fd_set writable;
-            FD_ZERO(&writable);
-            FD_SET(fd, &writable);
-            timeval time{0, 200000};
-            if (::select(fd + 1, nullptr, &writable, nullptr, &time) == 0) {
-                break;
-            }
-        }
+        EXPECT_EQ(::listen(socket_is6_create_any(port), 0), 0);
+        sockaddr_in6 address{};
+        address.sin6_family = AF_INET6;
+        address.sin6_addr = in6addr_loopback;
+        address.sin6_port = htons(port);
+        pollfd waiting{-1, POLLOUT, 0};
+        do { // one more than it admits, so that one hangs
+            waiting.fd = ::socket(AF_INET6, SOCK_STREAM | SOCK_NONBLOCK, 0);
+            EXPECT_EQ(::connect(waiting.fd, reinterpret_cast<sockaddr *>(&address), sizeof address), -1);
+        } while (::poll(&waiting, 1, 200) == 1);
     }
-    ~Deaf()
-    {
-        for (const int fd : fds) {
-            ::close(fd);
-        }
-        ::close(listener);
-    }
-    Deaf(const Deaf &) = delete;
-    Deaf &operator=(const Deaf &) = delete;
-
-  private:
-    int listener = socket_is6_create_any(port);
-    std::vector<int> fds;
 };
 
 TEST(Sockets, ListenersBindWhereTheyShould)
@@ -114,16 +92,15 @@ TEST(Sockets, ListenersBindWhereTheyShould)
 
 TEST(Sockets, FailuresHaveTheCodesOfTheirFamily)
 {
-    const int taken = socket_is_create(port);
-    const int taken6 = socket_is6_create_any(port + 1);
+    ASSERT_GE(socket_is_create(port), 0);
+    ASSERT_GE(socket_is6_create_any(port + 1), 0);
     const std::uint8_t not_ours[16] = {0x20, 0x01, 0x0d, 0xb8};
-    EXPECT_EQ(socket_is_create(port), -1);
-    EXPECT_EQ(errno, EADDRINUSE);
+    const int before = open_descriptors();
+    EXPECT_EQ(error_of(socket_is_create(port)), EADDRINUSE);
     EXPECT_EQ(socket_is6_create_any(port + 1), -1002);
     EXPECT_EQ(errno, EADDRINUSE);
     EXPECT_EQ(socket_is6_create(port + 2, not_ours), -1002);
-    EXPECT_EQ(socket_is_connect(&loopback, port + 3), -1);
-    EXPECT_EQ(errno, ECONNREFUSED);
+    EXPECT_EQ(error_of(socket_is_connect(&loopback, port + 3)), ECONNREFUSED);
     EXPECT_EQ(socket_is6_connect(loopback6, port + 3), -1005);
     EXPECT_EQ(errno, ECONNREFUSED);
     EXPECT_EQ(socket_is_connect_timeout(&loopback, port + 3, 1), -1);
@@ -131,25 +108,23 @@ TEST(Sockets, FailuresHaveTheCodesOfTheirFamily)
     EXPECT_EQ(socket_is6_connect_timeout(not_ours, port + 3, 1), -1005) << "no route";
     EXPECT_EQ(socket_is_connect(nullptr, port), -1);
     EXPECT_EQ(socket_is6_create(port, nullptr), -1);
+    EXPECT_EQ(open_descriptors(), before);
 
-    const switchcfg::testing::NoMoreDescriptors none;
+    const NoMoreDescriptors none;
     EXPECT_EQ(socket_is_create(port), -1);
     EXPECT_EQ(socket_is_connect_timeout(&loopback, port, 1), -1);
     EXPECT_EQ(socket_is6_create_any(port), -1001);
     EXPECT_EQ(socket_is6_connect(loopback6, port), -1001);
     EXPECT_EQ(socket_is6_connect_timeout(loopback6, port, 1), -1001);
     EXPECT_EQ(errno, EMFILE);
-    ::close(taken);
-    ::close(taken6);
 }
 
 TEST(Sockets, TimedConnectGivesABlockingDescriptorOrGivesUpInTime)
 {
     {
         const int listener = socket_is6_create_any(port);
-        const int four = socket_is_connect_timeout(&loopback, port, 0.5);
-        const int six = socket_is6_connect_timeout(loopback6, port, 5.9);
-        for (const int fd : {four, six}) {
+        for (const int fd :
+            {socket_is_connect_timeout(&loopback, port, 0.5), socket_is6_connect_timeout(loopback6, port, 5.9)}) {
             ASSERT_GE(fd, 0);
             EXPECT_EQ(::fcntl(fd, F_GETFL) & O_NONBLOCK, 0);
             ::close(fd);
@@ -161,12 +136,8 @@ TEST(Sockets, TimedConnectGivesABlockingDescriptorOrGivesUpInTime)
     EXPECT_EQ(socket_is6_connect_timeout(loopback6, port, 0.99), -1) << "waits 0 seconds";
     EXPECT_GE(elapsed_ms([] { EXPECT_EQ(socket_is6_connect_timeout(loopback6, port, 1.5), -1); }), 1000);
     // A wait the kernel refuses is over, not lost: the pending socket comes back.
-    const int pending = socket_is_connect_timeout(&loopback, port, -1);
-    EXPECT_GE(pending, 0);
-    ::close(pending);
-    const int pending6 = socket_is6_connect_timeout(loopback6, port, -HUGE_VAL);
-    EXPECT_GE(pending6, 0);
-    ::close(pending6);
+    EXPECT_GE(socket_is_connect_timeout(&loopback, port, -1), 0);
+    EXPECT_GE(socket_is6_connect_timeout(loopback6, port, -HUGE_VAL), 0);
 }
 
 TEST(Sockets, UnixPathsAreCutAndStaleOnesReplaced)
@@ -175,9 +146,7 @@ TEST(Sockets, UnixPathsAreCutAndStaleOnesReplaced)
     const std::string cut = path.substr(0, 107);
     const int first = socket_us_create(path.c_str());
     ASSERT_GE(first, 0);
-    struct stat info {};
-    EXPECT_EQ(::stat(cut.c_str(), &info), 0);
-    EXPECT_TRUE(S_ISSOCK(info.st_mode));
+    EXPECT_TRUE(std::filesystem::is_socket(cut));
     ::close(first);
     const int listener = socket_us_create(path.c_str()); // over the stale file
     ASSERT_GE(listener, 0);
@@ -193,11 +162,13 @@ TEST(Sockets, UnixPathsAreCutAndStaleOnesReplaced)
     EXPECT_EQ(socket_recv(server, text, 6), 6);
     EXPECT_STREQ(text, "hello");
 
+    const int before = open_descriptors();
     EXPECT_EQ(socket_ud_connect(path.c_str()), -1) << "a stream, not datagrams";
     EXPECT_EQ(socket_us_connect("/tmp/nothing-here"), -1);
     EXPECT_EQ(socket_us_create("/no/such/folder/socket"), -1);
     EXPECT_EQ(socket_us_create(nullptr), -1);
     EXPECT_EQ(socket_us_accept(client), -1);
+    EXPECT_EQ(open_descriptors(), before);
 }
 
 TEST(Sockets, SendHalvesDatagramsUntilTheyFit)
@@ -209,12 +180,10 @@ TEST(Sockets, SendHalvesDatagramsUntilTheyFit)
     const std::vector<char> data(100000, 'd');
     Peer drain{[&](Link &link) {
         std::vector<char> buffer(100001);
-        for (const ssize_t expected : {50000, 50000}) {
-            if (::recv(receiver, buffer.data(), buffer.size(), 0) != expected) {
-                return;
-            }
+        if (::recv(receiver, buffer.data(), buffer.size(), 0) == 50000 &&
+            ::recv(receiver, buffer.data(), buffer.size(), 0) == 50000) {
+            link.tell();
         }
-        link.tell();
     }};
     EXPECT_EQ(socket_send(sender, data.data(), 100000), 100000);
     EXPECT_TRUE(drain.await());
@@ -241,8 +210,7 @@ TEST(Sockets, TransfersTellAClosedPeerFromAnError)
 
     ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM, 0, pair), 0);
     ::close(pair[1]);
-    EXPECT_EQ(socket_send(pair[0], "text", 4), -1) << "and no signal";
-    EXPECT_EQ(errno, EPIPE);
+    EXPECT_EQ(error_of(socket_send(pair[0], "text", 4)), EPIPE) << "and no signal";
     EXPECT_EQ(socket_timeouts_set(-1, 3), -1);
 }
 
@@ -267,12 +235,10 @@ TEST(Sockets, RawFrameArrivesAtTheOtherEndOfTheLink)
     const int before = open_descriptors();
     EXPECT_EQ(socket_raw_send(frame.data(), frame.size(), "one"), 0);
     std::array<std::uint8_t, 200> got{};
-    ssize_t length = 0;
     do { // the link says a few words of its own
-        length = ::recv(capture, got.data(), got.size(), 0);
-        ASSERT_GT(length, 0);
-    } while (std::memcmp(got.data(), frame.data(), 14) != 0);
-    EXPECT_EQ(length, 64);
+        ASSERT_GT(::recv(capture, got.data(), got.size(), MSG_PEEK), 0);
+    } while (std::memcmp(got.data(), frame.data(), 14) != 0 && ::recv(capture, got.data(), got.size(), 0) > 0);
+    EXPECT_EQ(::recv(capture, got.data(), got.size(), 0), 64);
     EXPECT_EQ(std::memcmp(got.data(), frame.data(), frame.size()), 0);
 
     EXPECT_EQ(socket_raw_send(frame.data(), 13, "one"), -1);
@@ -280,34 +246,6 @@ TEST(Sockets, RawFrameArrivesAtTheOtherEndOfTheLink)
     EXPECT_EQ(socket_raw_send(frame.data(), frame.size(), "one-whose-name-is-far-too-long"), -1);
     EXPECT_EQ(socket_raw_send(frame.data(), 9000, "one"), -1) << "longer than the link takes";
     EXPECT_EQ(open_descriptors(), before);
-}
-
-TEST(Sockets, NothingLeaksOverManyCalls)
-{
-    const int listener = socket_is6_create_any(port);
-    const int local = socket_us_create("/tmp/stream");
-    const std::array<std::uint8_t, 14> frame{};
-    const int before = open_descriptors();
-    for (int i = 0; i < 10000; ++i) {
-        ASSERT_EQ(socket_is_create(port), -1);
-        ASSERT_EQ(socket_is6_create_any(port), -1002);
-        ASSERT_EQ(socket_is_connect(&loopback, port + 1), -1);
-        ASSERT_EQ(socket_is6_connect(loopback6, port + 1), -1005);
-        ASSERT_EQ(socket_is_connect_timeout(&loopback, port + 1, 1), -1);
-        ASSERT_EQ(socket_is6_connect_timeout(loopback6, port + 1, 1), -1);
-        ASSERT_EQ(socket_us_create("/no/such/folder/x"), -1);
-        ASSERT_EQ(socket_us_connect("/tmp/none"), -1);
-        ASSERT_EQ(socket_ud_connect("/tmp/stream"), -1);
-        if (i % 100 == 0) { // the kernel takes milliseconds to close a packet socket
-            ASSERT_EQ(socket_raw_send(frame.data(), frame.size(), "none"), -1);
-        }
-        const int fd = socket_us_connect("/tmp/stream");
-        ASSERT_GE(fd, 0);
-        ::close(::accept(local, nullptr, nullptr));
-        ::close(fd);
-    }
-    EXPECT_EQ(open_descriptors(), before);
-    ::close(listener);
 }
 
 } // namespace
