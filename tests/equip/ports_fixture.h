@@ -3,23 +3,26 @@
 #ifndef SWITCHCFG_TESTS_EQUIP_PORTS_FIXTURE_H
 #define SWITCHCFG_TESTS_EQUIP_PORTS_FIXTURE_H
 
-#include <switchcfg/config_region.h>
 #include <switchcfg/equip_table.h>
 #include <switchcfg/ports.h>
-#include <switchcfg/status.h>
 
 #include "core/config_layout.h"
 #include "core/status_layout.h"
-
-#include <gtest/gtest.h>
-#include <sys/mman.h>
-#include <unistd.h>
-#include <vector>
+#include "support/test.h"
 
 namespace switchcfg::testing {
 
 inline constexpr int last_model = 85;
 inline constexpr int units = 8;
+
+// What a call writes, or its error.
+template<typename Call>
+int value_of(Call call)
+{
+    int value = INT_MIN;
+    const int result = call(&value);
+    return result == 0 ? value : result;
+}
 
 class PortsTest : public ::testing::Test {
   protected:

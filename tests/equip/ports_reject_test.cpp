@@ -2,7 +2,7 @@
 // Units and ports that nobody has, on a region with nothing readable beside it.
 #include "ports_fixture.h"
 
-#include <climits>
+#include <switchcfg/equip.h>
 
 namespace switchcfg::testing {
 namespace {
@@ -112,6 +112,20 @@ TEST_F(PortRejects, PortsBeyondTheFront)
     }
 }
 
+TEST_F(PortRejects, NoPlaceForTheResult)
+{
+    put(0, 85);
+    put(2, 8);
+    const int refusals[] = {cfg_equip_stack_port_to_id_tq5200(2, 24, nullptr),
+        cfg_equip_stack_id_to_port_tq5200(2, 1, nullptr), cfg_equip_get_stack_port_num_tq5200(2, nullptr, 2),
+        cfg_equip_tcv_port_to_fpga_i2c_mux_tq5200(0, nullptr), cfg_equip_get_number_of_user_interfaces(2, 1, nullptr),
+        cfg_equip_user_to_phys_port_tq5200(2, 512, nullptr, out),
+        cfg_equip_user_to_phys_pbmp_tq5200(2, bitmap, nullptr),
+        cfg_equip_user_to_phys_pbmp_tq5200(2, nullptr, &chip_bitmap)};
+    EXPECT_THAT(refusals, ::testing::Each(-7));
+    cfg_equip_unscramble_cable_pairs_tq5200(2, 0, nullptr);
+}
+
 TEST_F(PortRejects, EverythingIsUnknownWithoutTheRegion)
 {
     status_finish();
@@ -123,10 +137,8 @@ TEST_F(PortRejects, EverythingIsUnknownWithoutTheRegion)
     EXPECT_EQ(cfg_get_port_type_tq5200(0, 0), 10);
     EXPECT_EQ(cfg_get_port_type_tq5200(0, 512), -1);
     EXPECT_EQ(cfg_equip_get_slot_pbmp_tq5200(0, bitmap), -1);
-    EXPECT_EQ(cfg_equip_is_quali2_tq5200(0), 0);
     EXPECT_EQ(cfg_equip_is_quali1_with_bcc_ech_5200(0), 0);
     EXPECT_EQ(cfg_equip_get_max_num_units_tq5200(), 0);
-    EXPECT_EQ(cfg_equip_get_is_standalone_tq5200(), 1);
 }
 
 } // namespace

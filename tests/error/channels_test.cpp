@@ -1,35 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <switchcfg/error.h>
-
-#include <cstring>
-#include <gtest/gtest.h>
-#include <string>
+#include "support/test.h"
 
 namespace {
 
-class ErrorChannel : public testing::Test {
-  protected:
-    void SetUp() override { cfg_set_error_msg_enable(1); }
-};
-
-TEST(ErrorChannelAtStart, IsOffAndEmpty)
+TEST(ErrorChannel, KeepsTheLastMessageOnceItIsOn)
 {
     EXPECT_EQ(cfg_error_set_msg("unit %d", 3), 0);
-    EXPECT_STREQ(cfg_error_get_msg(), "");
-    EXPECT_EQ(cfg_error_get_msg(), cfg_error_msg);
-}
-
-TEST_F(ErrorChannel, KeepsTheLastMessageCutToItsSize)
-{
+    EXPECT_STREQ(cfg_error_get_msg(), "") << "off at the start";
+    cfg_set_error_msg_enable(1);
     EXPECT_EQ(cfg_error_set_msg("port %d/%d: %s", 1, 5, "down"), 0);
     EXPECT_STREQ(cfg_error_msg, "port 1/5: down");
     const std::string longest(sizeof cfg_error_msg - 1, 'x');
     EXPECT_EQ(cfg_error_set_msg("%sy", longest.c_str()), 0);
     EXPECT_EQ(cfg_error_get_msg(), longest);
-}
 
-TEST_F(ErrorChannel, SwitchingOffClearsOnceOnly)
-{
     cfg_error_set_msg("one");
     cfg_set_error_msg_enable(0);
     EXPECT_STREQ(cfg_error_get_msg(), "");
@@ -41,21 +25,11 @@ TEST_F(ErrorChannel, SwitchingOffClearsOnceOnly)
     EXPECT_STREQ(cfg_error_get_msg(), "x") << "off already: left as it is";
 }
 
-class WarningChannel : public testing::Test {
-  protected:
-    void SetUp() override { cfg_set_warning_msg_enable(1); }
-    void TearDown() override { cfg_set_warning_msg_enable(0); }
-};
-
-TEST(WarningChannelAtStart, IsOffAndEmpty)
+TEST(WarningChannel, FoldsRepeatsAndNeverForgetsTheCount)
 {
     EXPECT_EQ(cfg_warning_set_msg("unheard"), 0);
-    EXPECT_EQ(cfg_warning_get_msg(), nullptr);
-    EXPECT_EQ(Warning_times, 0);
-}
-
-TEST_F(WarningChannel, FoldsRepeatsAndNeverForgetsTheCount)
-{
+    EXPECT_EQ(cfg_warning_get_msg(), nullptr) << "off at the start";
+    cfg_set_warning_msg_enable(1);
     for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(cfg_warning_set_msg("VLAN %d is empty", 7), 0);
     }
@@ -73,8 +47,9 @@ TEST_F(WarningChannel, FoldsRepeatsAndNeverForgetsTheCount)
         so_far + repeated + repeated + "Last message repeated 3 times\nport up\n" + "Last message repeated 3 times\n");
 }
 
-TEST_F(WarningChannel, OnlyAnEqualNeighbourIsARepeat)
+TEST(WarningChannel, OnlyAnEqualNeighbourIsARepeat)
 {
+    cfg_set_warning_msg_enable(1);
     const char *const different[] = {"link", "link down", "link", "down", "wn", "a\nb", "b", ""};
     std::string expected;
     for (const char *warning : different) {
@@ -88,8 +63,9 @@ TEST_F(WarningChannel, OnlyAnEqualNeighbourIsARepeat)
     EXPECT_EQ(cfg_warning_get_msg(), expected + "Last message repeated 1 time\n");
 }
 
-TEST_F(WarningChannel, IsClearedByNullEmptyAndDisabling)
+TEST(WarningChannel, IsClearedByNullEmptyAndDisabling)
 {
+    cfg_set_warning_msg_enable(1);
     const auto expect_cleared_by = [](auto clear) {
         cfg_warning_set_msg("warning");
         cfg_warning_set_msg("warning");

@@ -6,42 +6,15 @@
 
 #include "features/mpu_network.h"
 
-#include <switchcfg/config_region.h>
 #include <switchcfg/cpumon.h>
-#include <switchcfg/robust_io.h>
-#include <switchcfg/socket.h>
-#include <switchcfg/startup.h>
-#include <switchcfg/status.h>
 
 #include <arpa/inet.h>
-#include <csignal>
-#include <cstdlib>
-#include <cstring>
-#include <functional>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <memory>
 #include <net/if.h>
-#include <netinet/in.h>
-#include <string>
-#include <sys/resource.h>
-#include <sys/socket.h>
-#include <thread>
-#include <unistd.h>
 
 namespace {
 
-using switchcfg::testing::elapsed_ms;
-using switchcfg::testing::file_text;
-using switchcfg::testing::Link;
-using switchcfg::testing::make_network;
-using switchcfg::testing::open_descriptors;
-using switchcfg::testing::output_of;
-using switchcfg::testing::Peer;
-using switchcfg::testing::write_file;
-using ::testing::HasSubstr;
-using ::testing::MatchesRegex;
-using ::testing::StartsWith;
+using namespace switchcfg::testing;
+using namespace ::testing;
 
 constexpr std::size_t record_size = 708;
 using Bytes = std::string;
@@ -120,9 +93,7 @@ TEST(CpumonClient, SpeaksTheWireForm)
     const cpumon_target target = loopback();
     {
         const Monitor monitor{reply(0, 5) + "table and more than announced"};
-        int result = -1;
-        EXPECT_EQ(output_of([&] { result = print_usage(target); }), "table\n");
-        EXPECT_EQ(result, 0);
+        EXPECT_EQ(output_of([&] { EXPECT_EQ(print_usage(target), 0); }), "table\n");
         const Bytes golden{"\0\0\0\2"
                            "\0\0\0\x09\0\0\0\x0a\0\0\0\x0b\0\0\0\x0c\0\0\0\x0d\0\0\0\x0e\0\0\0\x0f\0\0\0\x10"
                            "\0\0\0\x11\0\0\0\x12\0\0\0\x13\0\0\0\x14\0\0\0\x15\0\0\0\0\0\0\0\0\0\0\0\0"
@@ -184,16 +155,11 @@ TEST(CpumonClient, SaysWhatFailed)
         EXPECT_EQ(output_of([&] { EXPECT_EQ(cpumon_print_xml(stdout, &target), short_code); }), code == 0 ? "\n" : "");
         const std::string printed = code == 0 ? "\n" : *message == '\0' ? "" : Bytes{message} + "\n";
         EXPECT_EQ(output_of([&] { EXPECT_EQ(print_usage(target), code == 0 ? 0 : -1); }), printed);
-        char *page = nullptr;
-        std::size_t size = 0;
-        std::FILE *const stream = ::open_memstream(&page, &size);
-        const std::string shown = output_of([&] {
+        const auto page = [&](std::FILE *stream) {
             EXPECT_EQ(cpumon_print_table_html(stream, &target, nullptr, 0, usage_columns, 1, 0), code == 0 ? 0 : -1);
-        });
-        (void)std::fclose(stream);
-        EXPECT_EQ(Bytes(page) + shown, printed);
-        EXPECT_EQ(Bytes(page), code == 0 ? "\n" : "") << "messages are no part of the page";
-        std::free(page);
+        };
+        EXPECT_EQ(output_of([&] { EXPECT_EQ(text_of(page), code == 0 ? "\n" : ""); }), code == 0 ? "" : printed)
+            << "messages are no part of the page";
     };
     request(-1011, "Error in connection with CPUMON");
     EXPECT_EQ(cpumon_get_cpu_info(nullptr, nullptr), CPUMON_FAILED);
@@ -349,42 +315,34 @@ TEST_F(CpumonUnits, EachTableAsksItsBoardForItsColumns)
     const Bytes none(64, '\0');
     const Bytes usage_detail = words_of({2, 3, 4, 14, 10}, 15) + word(1);
     const Bytes memory_detail = words_of({2, 1, 3, 6, 7}, 15) + word(2);
-    constexpr auto unit = [](int (*table)(int)) { return [table] { return table(1); }; };
     const struct {
-        std::function<int()> print;
         std::string heading;
         Bytes lists;
-        std::string reached;
-    } cases[] = {
-        {cfg_cpumon_table_cpu_usage_local, "Processor Utilization Information of local unit", usage + none, "febf::1"},
-        {unit(cfg_cpumon_table_cpu_usage_unit), "Processor Utilization Information of unit 2", usage + none,
-            "febf::102"},
-        {cfg_cpumon_table_cpu_usage_standby, "Processor Utilization Information of standby MPU", usage + none,
-            "febf::101"},
-        {cfg_cpumon_table_cpu_usage_detail_local, "Global Processor Utilization Information of local unit",
-            usage + usage_detail, "febf::1"},
-        {unit(cfg_cpumon_table_cpu_usage_detail_unit), "Global Processor Utilization Information of unit 2",
-            usage + usage_detail, "febf::102"},
-        {cfg_cpumon_table_cpu_usage_detail_standby, "Global Processor Utilization Information of standby MPU",
-            usage + usage_detail, "febf::101"},
-        {cfg_cpumon_table_cpu_memory_local, "Processor Memory Information of local unit", memory + none, "febf::1"},
-        {unit(cfg_cpumon_table_cpu_memory_unit), "Processor Memory Information of unit 2", memory + none, "febf::102"},
-        {cfg_cpumon_table_cpu_memory_standby, "Processor Memory Information of standby MPU", memory + none,
-            "febf::101"},
-        {cfg_cpumon_table_cpu_memory_detail_local, "Global Processor Memory Information of local unit",
-            memory + memory_detail, "febf::1"},
-        {unit(cfg_cpumon_table_cpu_memory_detail_unit), "Global Processor Memory Information of unit 2",
-            memory + memory_detail, "febf::102"},
-        {cfg_cpumon_table_cpu_memory_detail_standby, "Global Processor Memory Information of standby MPU",
-            memory + memory_detail, "febf::101"},
+        int (*local)();
+        int (*unit)(int);
+        int (*standby)();
+    } tables[] = {
+        {"Processor Utilization", usage + none, cfg_cpumon_table_cpu_usage_local, cfg_cpumon_table_cpu_usage_unit,
+            cfg_cpumon_table_cpu_usage_standby},
+        {"Global Processor Utilization", usage + usage_detail, cfg_cpumon_table_cpu_usage_detail_local,
+            cfg_cpumon_table_cpu_usage_detail_unit, cfg_cpumon_table_cpu_usage_detail_standby},
+        {"Processor Memory", memory + none, cfg_cpumon_table_cpu_memory_local, cfg_cpumon_table_cpu_memory_unit,
+            cfg_cpumon_table_cpu_memory_standby},
+        {"Global Processor Memory", memory + memory_detail, cfg_cpumon_table_cpu_memory_detail_local,
+            cfg_cpumon_table_cpu_memory_detail_unit, cfg_cpumon_table_cpu_memory_detail_standby},
     };
     const std::int32_t offset = 90;
     std::memcpy(static_cast<char *>(cfg_get_cfg()) + 10547940, &offset, 4);
-    for (const auto &one : cases) {
-        EXPECT_THAT(output_of([&] { EXPECT_EQ(one.print(), 0); }),
-            MatchesRegex("\n" + one.heading + ":\n\nDate : [^\n]+\n\ntable\n"));
-        EXPECT_EQ(file_text("/tmp/request").substr(0, 156), word(2) + one.lists) << one.heading;
-        EXPECT_EQ(file_text("/tmp/reached"), one.reached) << one.heading;
+    for (const auto &table : tables) {
+        const auto expect = [&](const std::function<int()> &print, const char *whose, const char *reached) {
+            EXPECT_THAT(output_of([&] { EXPECT_EQ(print(), 0); }),
+                MatchesRegex("\n" + table.heading + " Information of " + whose + ":\n\nDate : [^\n]+\n\ntable\n"));
+            EXPECT_EQ(file_text("/tmp/request").substr(0, 156), word(2) + table.lists) << table.heading;
+            EXPECT_EQ(file_text("/tmp/reached"), reached) << table.heading;
+        };
+        expect(table.local, "local unit", "febf::1");
+        expect([&] { return table.unit(1); }, "unit 2", "febf::102");
+        expect(table.standby, "standby MPU", "febf::101");
     }
     EXPECT_STREQ(std::getenv("TZ"), "STD-1:-30") << "the date is local";
     EXPECT_THAT(output_of([] { EXPECT_EQ(cfg_cpumon_table_cpu_usage_unit(0), 0); }), HasSubstr("of unit 1:"));

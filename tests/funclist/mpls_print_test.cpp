@@ -2,13 +2,7 @@
 #include <switchcfg/mpls_print.h>
 #include <switchcfg/print_ext.h>
 
-#include <cstdint>
-#include <cstdlib>
-#include <gtest/gtest.h>
-#include <memory>
-#include <string>
-#include <sys/resource.h>
-#include <vector>
+#include "support/test.h"
 
 namespace {
 
@@ -18,7 +12,7 @@ std::string taken()
     char *buffer = nullptr;
     int length = -1;
     EXPECT_EQ(mpls_prt_get_context(&buffer, &length), 0);
-    const std::unique_ptr<char, decltype(&std::free)> owner{buffer, &std::free};
+    const switchcfg::testing::Freed<char> owner{buffer};
     if (buffer == nullptr) {
         EXPECT_EQ(length, 0);
         return "(none)";
@@ -45,7 +39,6 @@ TEST(MplsPrint, TextBeginsGathersAndIsHandedOver)
     EXPECT_EQ(taken(), "(none)");
     mpls_cli_printf("gone");
     mpls_prt_clean_context();
-    mpls_prt_clean_context();
     EXPECT_EQ(taken(), "(none)");
     int length = 0;
     mpls_cli_printf("kept");
@@ -69,20 +62,16 @@ TEST(MplsPrint, EveryConversionTakesItsOwnKindOfArgument)
     EXPECT_EQ(printed("%s", static_cast<const char *>(nullptr)), "(null)");
 }
 
-TEST(MplsPrint, LetterLIsADecimalAndLetterRTakesNothing)
+TEST(MplsPrint, LettersLAndRAndPercentSigns)
 {
     EXPECT_EQ(printed("%l|%5l|", -7, 42), "-7|   42|");
     EXPECT_EQ(printed("%ld %lu|", 5, 6), "5d 6u|");
     EXPECT_EQ(printed("%r %d|%5r|", 9), "%r 9|%5r|");
-}
 
-TEST(MplsPrint, PercentSignsToggle)
-{
     EXPECT_EQ(printed("100%% of %d%%\n", 7), "100% of 7%\n");
     EXPECT_EQ(printed("%%d %d", 3), "%d 3");
     EXPECT_EQ(printed("50%"), "") << "the C library refuses a piece that ends in the middle of a conversion";
     EXPECT_EQ(printed("%d 50%", 1), "1");
-    EXPECT_EQ(printed("%"), "");
 }
 
 TEST(MplsPrint, LongPiecesEndTheCall)
@@ -117,12 +106,6 @@ TEST(MplsPrint, BufferGrowsAroundItsSteps)
         const std::string text(static_cast<std::size_t>(size), 'x');
         EXPECT_EQ(printed("%s%s", text.c_str(), "end"), text + "end");
     }
-    std::string all;
-    for (int i = 0; i < 5000; ++i) {
-        mpls_cli_printf("line %d of the table\n", i);
-        all += "line " + std::to_string(i) + " of the table\n";
-    }
-    EXPECT_EQ(taken(), all);
 }
 
 TEST(MplsPrint, LackOfMemoryLosesTheTextUntilTheContextIsReset)

@@ -178,6 +178,9 @@ TEST(LabStack, ConfigurationChangesReachAllUnitsFromAnyOfThem)
 {
     const Stack stack{3};
     const auto offset = [](int unit) { return on(unit, "switchcfg config get time.utc_offset_minutes").output; };
+    // The master's first: what another unit changes before they know of each other can be overruled.
+    EXPECT_EQ(on(0, "switchcfg config set time.utc_offset_minutes 180").status, 0);
+    EXPECT_TRUE(comes([&] { return offset(1) == "180\n" && offset(2) == "180\n"; }));
     EXPECT_EQ(on(2, "switchcfg config set time.utc_offset_minutes 90").status, 0);
     EXPECT_TRUE(comes([&] { return offset(0) == "90\n" && offset(1) == "90\n"; }));
 

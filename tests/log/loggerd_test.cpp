@@ -1,49 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
 // The library against the logging daemon of the lab, as the switch uses the two.
-#include <switchcfg/error.h>
 #include <switchcfg/log.h>
 #include <switchcfg/log_store.h>
 #include <switchcfg/request_channel.h>
-#include <switchcfg/socket.h>
 
 #include "support/daemon.h"
-#include "support/descriptors.h"
+#include "support/file_text.h"
 #include "support/peer.h"
-
-#include <algorithm>
-#include <array>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <gtest/gtest.h>
-#include <iterator>
-#include <map>
-#include <memory>
-#include <netinet/in.h>
-#include <sstream>
-#include <string>
-#include <sys/mman.h>
-#include <sys/stat.h>
-#include <unistd.h>
-#include <vector>
 
 namespace {
 
-using switchcfg::testing::Daemon;
-using switchcfg::testing::Link;
-using switchcfg::testing::open_descriptors;
-using switchcfg::testing::Peer;
-
-constexpr char loggerd[] = SWITCHLAB_LOGGERD;
-
-struct Free {
-    void operator()(char *text) const { std::free(text); }
-};
+using namespace switchcfg::testing;
 
 std::string stored(const char *name)
 {
     std::uint32_t length = 0;
-    const std::unique_ptr<char, Free> text{logger_get_sized(name, &length)};
+    const Freed<char> text{logger_get_sized(name, &length)};
     EXPECT_TRUE(text == nullptr || text.get()[length] == '\0');
     return text ? std::string(text.get(), length) : std::string{};
 }
@@ -57,11 +29,6 @@ std::string stored_with(const char *name, const std::string &text)
             return all;
         }
     }
-}
-
-std::size_t lines_of(const std::string &text)
-{
-    return static_cast<std::size_t>(std::ranges::count(text, '\n'));
 }
 
 std::int32_t result_of(std::uint32_t code, const char *destination, std::string *extra = nullptr)
@@ -79,8 +46,7 @@ std::int32_t result_of(std::uint32_t code, const char *destination, std::string 
 
 TEST(Loggerd, StoresAreFetchedSavedAndCleared)
 {
-    const Daemon daemon{loggerd};
-    ASSERT_TRUE(daemon.ready());
+    const ServingDaemon daemon{SWITCHLAB_LOGGERD};
     EXPECT_EQ(logram_get(), nullptr) << "empty";
     EXPECT_EQ(logger_save("RAM_FILE", "/tmp/saved"), -1);
     EXPECT_FALSE(std::filesystem::exists("/tmp/saved"));
@@ -90,21 +56,18 @@ TEST(Loggerd, StoresAreFetchedSavedAndCleared)
     ASSERT_EQ(log_send_cat("LINK", 7, "third"), 0);
     const std::string internal = stored_with("INTERNAL_RAM_FILE", " LINK.debug: third\n");
     const std::string ram = stored("RAM_FILE");
-    EXPECT_EQ(lines_of(ram), 2U);
+    EXPECT_EQ(lines_of(ram).size(), 2U);
     EXPECT_NE(ram.find(" local0.notice: first#012in two lines\n"), std::string::npos) << ram;
     EXPECT_NE(ram.find(" LINK.warning: second\n"), std::string::npos);
-    EXPECT_EQ(lines_of(internal), 1U);
-    const std::unique_ptr<char, Free> flash{logflash_get()};
+    const Freed<char> flash{logflash_get()};
     EXPECT_EQ(flash.get(), ram.substr(ram.find('\n') + 1));
 
     ::umask(027);
-    std::ofstream{"/tmp/saved"} << std::string(10000, 'o');
+    write_file("/tmp/saved", std::string(10000, 'o'));
     EXPECT_EQ(logger_save("RAM_FILE", "/tmp/saved"), 0);
-    std::ifstream saved{"/tmp/saved"};
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>{saved}, {}), ram);
+    EXPECT_EQ(file_text("/tmp/saved"), ram);
     EXPECT_EQ(logger_save("RAM_FILE", "/no/such/folder/file"), -44);
     EXPECT_EQ(logger_save("RAM_FILE", "/dev/full"), -1);
-    EXPECT_EQ(logger_save("NO_FILE", "/tmp/other"), -1);
     EXPECT_EQ(logger_save("RAM_FILE", "/tmp/other"), 0);
     struct stat info {};
     EXPECT_EQ(::stat("/tmp/other", &info), 0);
@@ -114,7 +77,7 @@ TEST(Loggerd, StoresAreFetchedSavedAndCleared)
     EXPECT_EQ(logram_clear(), 0);
     EXPECT_EQ(Warning_times, 0);
     EXPECT_EQ(stored("RAM_FILE"), "");
-    EXPECT_EQ(lines_of(stored("FLASH_FILE")), 1U);
+    EXPECT_EQ(lines_of(stored("FLASH_FILE")).size(), 1U);
     EXPECT_EQ(logflash_clear(), 0);
     EXPECT_EQ(loginternalram_clear(), 0);
     EXPECT_EQ(loginternalflash_clear(), 0);
@@ -125,8 +88,7 @@ TEST(Loggerd, StoresAreFetchedSavedAndCleared)
 TEST(Loggerd, FlashStoresOutliveTheDaemonAndNothingAnswersWithoutIt)
 {
     {
-        Daemon daemon{loggerd};
-        ASSERT_TRUE(daemon.ready());
+        ServingDaemon daemon{SWITCHLAB_LOGGERD};
         ASSERT_EQ(log_send_fac(3, 2, "remember me"), 0);
         stored_with("FLASH_FILE", "remember me");
         daemon.kill9();
@@ -136,55 +98,30 @@ TEST(Loggerd, FlashStoresOutliveTheDaemonAndNothingAnswersWithoutIt)
     EXPECT_EQ(logflash_clear(), -1);
     EXPECT_EQ(Warning_times, 3) << "unchanged by a clear that failed";
     EXPECT_EQ(logflash_get(), nullptr);
-    const Daemon again{loggerd}; // over the socket file of the dead one
+    const Daemon again{SWITCHLAB_LOGGERD}; // over the socket file of the dead one
     ASSERT_TRUE(again.ready());
     EXPECT_EQ(log_send_fac(3, 2, "back"), 0);
-    EXPECT_EQ(lines_of(stored_with("FLASH_FILE", "back")), 2U);
+    EXPECT_EQ(lines_of(stored_with("FLASH_FILE", "back")).size(), 2U);
     EXPECT_EQ(stored("RAM_FILE").find("remember me"), std::string::npos);
 }
 
 TEST(Loggerd, StoresStayWithinTheirLimits)
 {
-    const Daemon daemon{loggerd, {"--ram-limit", "4000", "--flash-limit", "4000"}};
-    ASSERT_TRUE(daemon.ready());
+    const ServingDaemon daemon{SWITCHLAB_LOGGERD, {"--ram-limit", "4000", "--flash-limit", "4000"}};
     for (int i = 0; i < 500; ++i) {
         ASSERT_EQ(log_send_fac(16, 3, "message number %d", i), 0);
     }
     for (const char *store : {"RAM_FILE", "FLASH_FILE"}) {
         const std::string text = stored_with(store, "message number 499\n");
         EXPECT_LE(text.size(), 4000U);
-        EXPECT_GE(lines_of(text), 40U);
+        EXPECT_GE(lines_of(text).size(), 40U);
         EXPECT_EQ(text.substr(0, 2), "20") << "begins with a whole line";
     }
 }
 
-TEST(Loggerd, AnswersEveryCommand)
+TEST(Loggerd, SurvivesHostilePeersAndAnswersEveryCommand)
 {
-    const Daemon daemon{loggerd};
-    ASSERT_TRUE(daemon.ready());
-    EXPECT_EQ(Daemon{loggerd}.exit_status(), 1) << "one at a time, and the first keeps its socket";
-    EXPECT_EQ(log_send_fac(3, 2, "still here"), 0);
-    std::string extra;
-    EXPECT_EQ(result_of(LOGGERS_CMD_GET_ALL_DESTINATION, "", &extra), 0);
-    ASSERT_EQ(extra.size(), 4 * 64U);
-    EXPECT_STREQ(&extra[3 * 64], "INTERNAL_FLASH_FILE");
-    EXPECT_EQ(result_of(LOGGERS_CMD_HELP, "", &extra), 0);
-    EXPECT_EQ(lines_of(extra), 21U);
-    EXPECT_EQ(result_of(LOGGERS_CMD_SHOW_DESTINATION, "NO_FILE"), LOGGERS_ERR_INVALID_DESTINATION);
-    EXPECT_EQ(result_of(LOGGERS_CMD_SHOW_DESTINATION, std::string(80, 'x').c_str()), LOGGERS_ERR_INVALID_STR_LEN);
-    EXPECT_EQ(result_of(LOGGERS_CMD_REMOVE_DESTINATION, "RAM_FILE"), LOGGERS_ERR_PERMISSION_DENIED);
-    EXPECT_EQ(result_of(LOGGERS_CMD_GET_RULE, ""), LOGGERS_ERR_NOT_FOUND);
-    EXPECT_EQ(result_of(21, ""), LOGGERS_ERR_INVALID_COMMAND);
-    EXPECT_EQ(result_of(0xFFFFFFFF, ""), LOGGERS_ERR_INVALID_COMMAND);
-    EXPECT_EQ(result_of(LOGGERS_CMD_SHUTDOWN, ""), 0);
-    EXPECT_EQ(daemon.exit_status(), 0);
-    EXPECT_EQ(log_send_fac(3, 2, "lost"), LOGGERS_ERR_SERVER_CONNECT);
-}
-
-TEST(Loggerd, SurvivesHostileSendersAndClients)
-{
-    const Daemon daemon{loggerd};
-    ASSERT_TRUE(daemon.ready());
+    const ServingDaemon daemon{SWITCHLAB_LOGGERD};
     std::array<char, 118> header{};
     std::vector<int> stuck;
     const auto send_raw = [&](std::size_t bytes) {
@@ -205,7 +142,7 @@ TEST(Loggerd, SurvivesHostileSendersAndClients)
         stuck.push_back(send_raw(i % 2 == 0 ? 118 : 10));
     }
     ASSERT_EQ(log_send_fac(16, 5, "still here"), 0);
-    EXPECT_EQ(lines_of(stored_with("RAM_FILE", "still here\n")), 1U);
+    EXPECT_EQ(lines_of(stored_with("RAM_FILE", "still here\n")).size(), 1U);
     const std::string notes = stored("INTERNAL_FLASH_FILE");
     for (const char *note :
         {"without a proper category", "announces no text", "before its header", "before its text"}) {
@@ -215,13 +152,28 @@ TEST(Loggerd, SurvivesHostileSendersAndClients)
     // A client that says nothing holds the control port for as long as the daemon's own time-out, no longer.
     stuck.push_back(daemon_client_req_connect(LOG_CONTROL_PORT));
     stuck.push_back(daemon_client_req_connect_ipv6(LOG_CONTROL_PORT, in6addr_loopback.s6_addr, 0));
-    EXPECT_EQ(lines_of(stored("RAM_FILE")), 1U);
+    EXPECT_EQ(lines_of(stored("RAM_FILE")).size(), 1U);
     stored_with("INTERNAL_FLASH_FILE", "a sender took too long");
     for (const int fd : stuck) {
         ::close(fd);
     }
     ASSERT_EQ(log_send_fac(16, 5, "to the end"), 0);
-    EXPECT_EQ(lines_of(stored_with("RAM_FILE", "to the end\n")), 2U);
+    EXPECT_EQ(lines_of(stored_with("RAM_FILE", "to the end\n")).size(), 2U);
+
+    EXPECT_EQ(Daemon{SWITCHLAB_LOGGERD}.exit_status(), 1) << "one at a time, and the first keeps its socket";
+    std::string extra;
+    EXPECT_EQ(result_of(LOGGERS_CMD_GET_ALL_DESTINATION, "", &extra), 0);
+    ASSERT_EQ(extra.size(), 4 * 64U);
+    EXPECT_STREQ(&extra[3 * 64], "INTERNAL_FLASH_FILE");
+    EXPECT_EQ(result_of(LOGGERS_CMD_HELP, "", &extra), 0);
+    EXPECT_EQ(lines_of(extra).size(), 21U);
+    EXPECT_EQ(result_of(LOGGERS_CMD_SHOW_DESTINATION, "NO_FILE"), LOGGERS_ERR_INVALID_DESTINATION);
+    EXPECT_EQ(result_of(LOGGERS_CMD_SHOW_DESTINATION, std::string(80, 'x').c_str()), LOGGERS_ERR_INVALID_STR_LEN);
+    EXPECT_EQ(result_of(LOGGERS_CMD_REMOVE_DESTINATION, "RAM_FILE"), LOGGERS_ERR_PERMISSION_DENIED);
+    EXPECT_EQ(result_of(0xFFFFFFFF, ""), LOGGERS_ERR_INVALID_COMMAND);
+    EXPECT_EQ(result_of(LOGGERS_CMD_SHUTDOWN, ""), 0);
+    EXPECT_EQ(daemon.exit_status(), 0);
+    EXPECT_EQ(log_send_fac(3, 2, "lost"), LOGGERS_ERR_SERVER_CONNECT);
 }
 
 TEST(Loggerd, ManySendersLoseAndMixNothing)
@@ -232,8 +184,7 @@ TEST(Loggerd, ManySendersLoseAndMixNothing)
 #else
     constexpr int messages = 2000;
 #endif
-    const Daemon daemon{loggerd, {"--ram-limit", "100000000"}};
-    ASSERT_TRUE(daemon.ready());
+    const ServingDaemon daemon{SWITCHLAB_LOGGERD, {"--ram-limit", "100000000"}};
     auto *results = static_cast<int(*)[messages]>(
         ::mmap(nullptr, sizeof(int) * senders * messages, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
     const auto text_of = [](int sender, int message) {
@@ -259,9 +210,8 @@ TEST(Loggerd, ManySendersLoseAndMixNothing)
         }
     }
     ASSERT_EQ(log_send_fac(0, 6, "the end"), 0);
-    std::istringstream store{stored_with("RAM_FILE", "the end\n")};
     std::map<std::string, int> seen;
-    for (std::string line; std::getline(store, line);) {
+    for (const std::string &line : lines_of(stored_with("RAM_FILE", "the end\n"))) {
         ++seen[line.substr(line.find(": ") + 2)];
     }
     std::size_t handed_over = 0;
@@ -277,9 +227,7 @@ TEST(Loggerd, ManySendersLoseAndMixNothing)
     }
     EXPECT_EQ(seen.size(), handed_over + 1) << "nothing but what was sent";
     EXPECT_GT(handed_over, 0U);
-    std::ifstream fallback{LOG_FALLBACK_PATH};
-    const std::string lines{std::istreambuf_iterator<char>{fallback}, {}};
-    EXPECT_EQ(lines_of(lines), 2 * not_sent);
+    EXPECT_EQ(lines_of(file_text(LOG_FALLBACK_PATH)).size(), 2 * not_sent);
 }
 
 } // namespace

@@ -5,29 +5,18 @@
 #include "support/file_text.h"
 #include "support/spawned.h"
 #include "tests/log/trap_fixture.h"
-#include "tools/trap_senders.h"
 
-#include <algorithm>
-#include <fstream>
-#include <gmock/gmock.h>
-#include <map>
 #include <regex>
 #include <sched.h>
-#include <sstream>
-#include <unistd.h>
 
 namespace {
 
-using switchcfg::testing::Daemon;
-using switchcfg::testing::file_text;
-using switchcfg::testing::run_command;
-using switchcfg::testing::Spawned;
-using switchcfg::tool::TrapArgument;
+using namespace switchcfg::testing;
 using switchcfg::tool::TrapSender;
 
 constexpr char receiver[] = "/usr/sbin/snmptrapd";
 
-class TrapAgent : public switchcfg::testing::TrapTest {
+class TrapAgent : public TrapTest {
   protected:
     void SetUp() override
     {
@@ -35,33 +24,33 @@ class TrapAgent : public switchcfg::testing::TrapTest {
             GTEST_SKIP() << "snmptrapd is not installed";
         }
         TrapTest::SetUp();
-        set_word(48, 1);
-        set_word(1348, 12);
-        std::ofstream{"/tmp/snmptrapd.conf"} << "disableAuthorization yes\nformat2 %v\\n\n";
+        join_unit(1, 12);
+    }
+
+    // What receives, once it listens on port 1162 of 127.0.0.1.
+    static std::unique_ptr<Spawned> listening()
+    {
+        write_file("/tmp/snmptrapd.conf", "disableAuthorization yes\nformat2 %v\\n\n");
+        const auto listens = [] { return file_text("/proc/net/udp").find("0100007F:048A") != std::string::npos; };
+        auto daemon = std::unique_ptr<Spawned>(new Spawned{receiver, "-f", "-C", "-c", "/tmp/snmptrapd.conf", "-Lf",
+            "/tmp/received", "-On", "-m", "", "-M", "/nowhere", "-p", "/tmp/snmptrapd.pid", "udp:127.0.0.1:1162"});
+        while (!listens()) {
+            ::sched_yield();
+        }
+        return daemon;
     }
 
     // One line per notification; what the receiver says of itself is left out.
     static std::vector<std::string> received(std::size_t count)
     {
         for (;;) {
-            std::vector<std::string> lines;
-            std::istringstream text{file_text("/tmp/received")};
-            for (std::string line; std::getline(text, line) && !text.eof();) {
-                if (line.starts_with(".1.3.6.1.2.1.1.3.0 = Timeticks: ")) {
-                    lines.push_back(line);
-                }
-            }
+            const std::string text = file_text("/tmp/received");
+            std::vector<std::string> lines = lines_of(text.substr(0, text.rfind('\n') + 1));
+            std::erase_if(
+                lines, [](const auto &line) { return !line.starts_with(".1.3.6.1.2.1.1.3.0 = Timeticks: "); });
             if (lines.size() >= count) {
                 return lines;
             }
-            ::sched_yield();
-        }
-    }
-
-    // The words after "udp:127.0.0.1:1162" are there once the receiver listens.
-    static void wait_for_port()
-    {
-        while (file_text("/proc/net/udp").find("0100007F:048A") == std::string::npos) {
             ::sched_yield();
         }
     }
@@ -70,27 +59,15 @@ class TrapAgent : public switchcfg::testing::TrapTest {
     static std::vector<trap_entry> queue_one_of_each()
     {
         for (const TrapSender &sender : switchcfg::tool::trap_senders()) {
-            std::vector<std::string> words;
-            for (const TrapArgument type : sender.types) {
-                words.push_back(type == TrapArgument::text   ? sender.name == "rmon_alarm" ? ".1.3.6.1.2.1.2.2.1.10.5"
-                                                               : sender.name.starts_with("vrrp") || sender.name == "ldp"
-                                                                   ? "10.1.2.3"
-                                                                   : "a text with blanks"
-                                : type == TrapArgument::mac  ? "00:1a:2b:3c:4d:5e"
-                                : type == TrapArgument::link ? "up"
-                                : type == TrapArgument::unsigned_integer
-                                    ? "4000000000"
-                                    : std::to_string(words.empty() ? 0 : words.size()));
-            }
-            if (sender.name == "sfp_changed" || sender.name == "vrrp_new_master") { // interfaces count from 1
-                words[0] = "7";
-            } else if (sender.name == "cfm_fault_notification") {
-                words[3] = "100";
-            }
-            EXPECT_EQ(sender.call(words), 0) << sender.name;
+            const bool address = sender.name.starts_with("vrrp") || sender.name == "ldp";
+            const std::string text = address                       ? "10.1.2.3"
+                                     : sender.name == "rmon_alarm" ? ".1.3.6.1.2.1.2.2.1.10.5"
+                                                                   : "a text with blanks";
+            std::vector<std::string> arguments = words(sender, "1", text, "4000000000");
+            EXPECT_EQ(sender.call(arguments), 0) << sender.name;
             if (sender.ids.size() > 1) {
-                words[0] = "1";
-                EXPECT_EQ(sender.call(words), 0);
+                arguments[0] = "0";
+                EXPECT_EQ(sender.call(arguments), 0);
             }
         }
         std::vector<trap_entry> queued(TRAP_QUEUE_LENGTH);
@@ -135,25 +112,16 @@ class TrapAgent : public switchcfg::testing::TrapTest {
     // A queued trap as the receiver prints it, without the time ahead.
     static std::string printed(const trap_entry &trap)
     {
+        static const std::map<char, const char *> types{
+            {'i', "INTEGER"}, {'u', "Gauge32"}, {'s', "STRING"}, {'a', "IpAddress"}, {'o', "OID"}};
         std::string line = "\t.1.3.6.1.6.3.1.1.4.1.0 = OID: " + notification(trap.id);
         for (const Binding &binding : bindings(trap.text)) {
-            line += "\t" + binding.oid + " = ";
-            switch (binding.type) {
-            case 'i': // masks are written unsigned
-                line += "INTEGER: " + std::to_string(static_cast<std::int32_t>(std::stoll(binding.value)));
-                break;
-            case 'u':
-                line += "Gauge32: " + binding.value;
-                break;
-            case 's':
-                line += "STRING: \"" + binding.value + "\"";
-                break;
-            case 'a':
-                line += "IpAddress: " + binding.value;
-                break;
-            default:
-                line += "OID: " + binding.value;
-            }
+            const bool text = binding.type == 's';
+            line += "\t" + binding.oid + " = " + types.at(binding.type) + (text ? ": \"" : ": ");
+            // Masks are written unsigned.
+            line += binding.type == 'i' ? std::to_string(static_cast<std::int32_t>(std::stoll(binding.value)))
+                                        : binding.value;
+            line += text ? "\"" : "";
         }
         return line;
     }
@@ -161,9 +129,7 @@ class TrapAgent : public switchcfg::testing::TrapTest {
 
 TEST_F(TrapAgent, DeliversWhatEverySenderQueued)
 {
-    const Spawned daemon{receiver, "-f", "-C", "-c", "/tmp/snmptrapd.conf", "-Lf", "/tmp/received", "-On", "-m", "",
-        "-M", "/nowhere", "-p", "/tmp/snmptrapd.pid", "udp:127.0.0.1:1162"};
-    wait_for_port();
+    const auto daemon = listening();
     const std::vector<trap_entry> queued = queue_one_of_each();
     const Daemon agent{SWITCHLAB_AGENT, {"--port", "1162", "--once"}};
     ASSERT_EQ(agent.exit_status(), 0);
@@ -210,9 +176,7 @@ TEST_F(TrapAgent, ModulesAreSoundAndNameAllThatIsSent)
 
 TEST_F(TrapAgent, OutlivesWhatCannotBeSent)
 {
-    const Spawned daemon{receiver, "-f", "-C", "-c", "/tmp/snmptrapd.conf", "-Lf", "/tmp/received", "-On", "-m", "",
-        "-M", "/nowhere", "-p", "/tmp/snmptrapd.pid", "udp:127.0.0.1:1162"};
-    wait_for_port();
+    const auto daemon = listening();
     send_trap_login_failed(std::string(600, 'x').c_str(), "m"); // cut
     send_trap_vrrp_auth_failure("no address", 4);
     send_trap_rmon_alarm(1, 1, 1, 1, "not.an.oid", 1);

@@ -4,14 +4,8 @@
 // is kept; and some of them are really killed there.
 #include "tests/log/trap_fixture.h"
 
-#include <algorithm>
-#include <csignal>
-#include <cstdio>
-#include <functional>
 #include <sys/ptrace.h>
-#include <sys/wait.h>
 #include <tuple>
-#include <unistd.h>
 
 namespace {
 

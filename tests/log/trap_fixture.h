@@ -3,17 +3,10 @@
 #ifndef SWITCHCFG_TESTS_LOG_TRAP_FIXTURE_H
 #define SWITCHCFG_TESTS_LOG_TRAP_FIXTURE_H
 
-#include <switchcfg/config_region.h>
-#include <switchcfg/startup.h>
-#include <switchcfg/status.h>
 #include <switchcfg/trap.h>
 
-#include <cstdint>
-#include <cstring>
-#include <gtest/gtest.h>
-#include <string>
-#include <utility>
-#include <vector>
+#include "support/test.h"
+#include "tools/trap_senders.h"
 
 namespace switchcfg::testing {
 
@@ -39,6 +32,28 @@ class TrapTest : public ::testing::Test {
         return count;
     }
     void set_word(std::size_t offset, std::int32_t value) const { std::memcpy(status + offset, &value, 4); }
+
+    void join_unit(int unit, int model) const
+    {
+        set_word(static_cast<std::size_t>(unit) * 8000 + 48, 1);
+        set_word(static_cast<std::size_t>(unit) * 8000 + 1348, model);
+    }
+
+    // Arguments for any sender.
+    static std::vector<std::string> words(const tool::TrapSender &sender, const std::string &number,
+        const std::string &text, const std::string &unsigned_number)
+    {
+        using tool::TrapArgument;
+        std::vector<std::string> all;
+        for (const TrapArgument type : sender.types) {
+            all.push_back(type == TrapArgument::text               ? text
+                          : type == TrapArgument::mac              ? "00:1a:2b:3c:4d:5e"
+                          : type == TrapArgument::link             ? "up"
+                          : type == TrapArgument::unsigned_integer ? unsigned_number
+                                                                   : number);
+        }
+        return all;
+    }
 
     static Traps drained()
     {

@@ -1,11 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/log/trap_fixture.h"
-#include "tools/trap_senders.h"
 
-#include <climits>
 #include <cstdarg>
-#include <cstdio>
-#include <functional>
 #include <switchcfg/equip.h>
 #include <switchcfg/ports.h>
 #include <switchcfg/vxlog.h>
@@ -43,23 +39,6 @@ class TrapSenders : public switchcfg::testing::TrapTest {
         EXPECT_EQ(result, 0);
         EXPECT_EQ(drained(), (Traps{{id, text}}));
     }
-    static std::vector<std::string> words(const TrapSender &sender, const std::string &number, const std::string &text)
-    {
-        std::vector<std::string> all;
-        for (const TrapArgument type : sender.types) {
-            all.push_back(type == TrapArgument::text                                   ? text
-                          : type == TrapArgument::mac                                  ? "00:1a:2b:3c:4d:5e"
-                          : type == TrapArgument::link                                 ? "up"
-                          : type == TrapArgument::unsigned_integer && number[0] == '-' ? "4294967295"
-                                                                                       : number);
-        }
-        return all;
-    }
-    void join_unit(int unit, int model) const
-    {
-        set_word(static_cast<std::size_t>(unit) * 8000 + 48, 1);
-        set_word(static_cast<std::size_t>(unit) * 8000 + 1348, model);
-    }
     // Number of bindings; -1 when the text cannot be read to its end.
     static int bindings(const std::string &text)
     {
@@ -67,8 +46,7 @@ class TrapSenders : public switchcfg::testing::TrapTest {
         trap_varbind binding{};
         int count = 0;
         int result = 0;
-        while ((result = trap_queue_next_varbind(&at, &binding)) > 0) {
-            ++count;
+        for (; (result = trap_queue_next_varbind(&at, &binding)) > 0; ++count) {
         }
         return result < 0 ? -1 : count;
     }
@@ -79,7 +57,7 @@ TEST_F(TrapSenders, AllObeyTheirFlagsAndQueueTextThatCanBeRead)
     join_unit(1, 12);
     for (const TrapSender &sender : switchcfg::tool::trap_senders()) {
         SCOPED_TRACE(sender.name);
-        const std::vector<std::string> arguments = words(sender, "1", "10.0.0.1");
+        const std::vector<std::string> arguments = words(sender, "1", "10.0.0.1", "1");
         const std::uint8_t id = static_cast<std::uint8_t>(sender.ids[0]);
         config[14281 + id] = 0;
         EXPECT_EQ(sender.call(arguments), 0);
@@ -87,11 +65,11 @@ TEST_F(TrapSenders, AllObeyTheirFlagsAndQueueTextThatCanBeRead)
         config[14281 + id] = 1;
         if (sender.port_byte >= 0) {
             // The transceiver sender's port is the interface number: 1 is the first port of the first unit.
-            const int record = sender.name == "sfp_changed" ? 0 : 53;
-            config[14417 + 41 * record + sender.port_byte] = 0;
+            std::uint8_t &flag = config[14417 + 41 * (sender.name == "sfp_changed" ? 0 : 53) + sender.port_byte];
+            flag = 0;
             EXPECT_EQ(sender.call(arguments), 0);
             EXPECT_EQ(trap_queue_count(), 0) << "disabled for the port";
-            config[14417 + 41 * record + sender.port_byte] = 1;
+            flag = 1;
         }
         EXPECT_EQ(sender.call(arguments), 0);
         const Traps traps = drained();
@@ -101,12 +79,18 @@ TEST_F(TrapSenders, AllObeyTheirFlagsAndQueueTextThatCanBeRead)
     }
 }
 
+TEST(TrapSendersAlone, QueueNothingBeforeStartUp)
+{
+    EXPECT_EQ(send_trap_config_change(), 0) << "nothing is enabled";
+    EXPECT_EQ(trap_queue_count(), -1);
+}
+
 TEST_F(TrapSenders, WithstandAnyArguments)
 {
     for (const char *number : {"-2147483648", "2147483647", "-1", "0", "53", "600"}) {
         for (const std::string &text : {std::string{}, std::string(511, 'x'), std::string(5000, 'y')}) {
             for (const TrapSender &sender : switchcfg::tool::trap_senders()) {
-                const int result = sender.call(words(sender, number, text));
+                const int result = sender.call(words(sender, number, text, *number == '-' ? "4294967295" : number));
                 const Traps traps = drained();
                 EXPECT_TRUE(result == 0 || traps.empty()) << sender.name;
                 for (const auto &[id, line] : traps) {
@@ -144,16 +128,12 @@ TEST_F(TrapSenders, LinkTrapsTellStates)
 TEST_F(TrapSenders, LogLinesComeBeforeTheFlags)
 {
     std::memset(config + 14281, 0, 136);
-    send_trap_link_flap_detected(1, 5);
-    EXPECT_EQ(last_log, "4 Link-Flap detected on port 2/6, blocking");
     send_trap_loopback_no_more_detected(0, 0, 1);
     EXPECT_EQ(last_log, "4 Loopback no more detected on port 1/1, enabling");
     send_trap_lldp_remote_changed(0, -1);
     EXPECT_EQ(last_log, "5 LLDP change in list of neighbors on management port");
     send_trap_login_success("ann", nullptr);
     EXPECT_EQ(last_log, "5 User ann authenticated by public-key");
-    send_trap_config_saved(0, "Saved", "ann");
-    EXPECT_EQ(last_log, "5 Saved by user ann.");
     send_trap_stack_attach(2, 0, 1, 5, "M");
     EXPECT_EQ(last_log, "3 Unit 3: Ready (model M, ID 4294967301)");
     send_trap_stack_detach(2, 0, 1, 5, "M");
@@ -333,11 +313,9 @@ TEST_F(TrapSenders, RefuseBadArgumentsByCode)
     join_unit(1, 12);
     const std::string longest(400, 'x');
     EXPECT_EQ(send_trap_evc_status_notification(8, 0, "n", 1), -3);
-    EXPECT_EQ(send_trap_evc_status_notification(-1, 0, "n", 1), -3);
     EXPECT_EQ(send_trap_evc_status_notification(0, 0, "n", 1), -3) << "not in the stack";
     EXPECT_EQ(send_trap_evc_status_notification(1, -1, "n", 1), -3);
     EXPECT_EQ(send_trap_evc_status_notification(1, 200, "n", 1), -3);
-    EXPECT_EQ(send_trap_evc_status_notification(1, 0, "", 1), -7);
     EXPECT_EQ(send_trap_evc_status_notification(1, 0, nullptr, 1), -7);
     EXPECT_EQ(send_trap_evc_status_notification(1, 0, longest.c_str(), 1), -32);
     EXPECT_EQ(send_trap_cfm_fault_notification("", "b", 1, 1, 1), -7);
@@ -349,12 +327,6 @@ TEST_F(TrapSenders, RefuseBadArgumentsByCode)
     expect_trap(send_trap_cfm_fault_notification("a b", "c", 1, 4094, 3), 43,
         common + " " + sub + ".14.2.51.0 s a b \x03 " + sub + ".14.2.52.0 s c\x03 " + sub + ".14.2.53.0 i 1 " + sub +
             ".14.2.54.0 i 4094 " + sub + ".14.2.55.0 i 3");
-}
-
-TEST(TrapSendersAlone, QueueNothingBeforeStartUp)
-{
-    EXPECT_EQ(send_trap_config_change(), 0) << "nothing is enabled";
-    EXPECT_EQ(trap_queue_count(), -1);
 }
 
 } // namespace

@@ -2,15 +2,9 @@
 #include "rpc/frame.h"
 #include "rpc_fixture.h"
 
-#include <atomic>
-#include <csignal>
 #include <ctime>
-#include <gmock/gmock.h>
 #include <google/protobuf/empty.pb.h>
 #include <latch>
-#include <sys/wait.h>
-#include <thread>
-#include <vector>
 #include <zmq.h>
 
 using namespace switchcfg::testing;
@@ -51,6 +45,11 @@ class Speaker {
     void *socket_;
 };
 
+std::pair<int, int> with_errno(int result)
+{
+    return {result, errno};
+}
+
 rpc::Bytes bytes_of(const std::string &text)
 {
     return {reinterpret_cast<const std::uint8_t *>(text.data()), text.size()};
@@ -70,34 +69,31 @@ std::string reply_of(const rpc::Reply &reply, const std::string &payload = "")
     return frame + payload;
 }
 
-TEST(RpcExchange, ResultsAndReplyMessages)
-{
-    Service service;
-    ASSERT_EQ(service.start(), 0);
+class RpcExchange : public testing::Test {
+  protected:
+    void SetUp() override { ASSERT_EQ(service.start(), 0); }
+
+    std::atomic<int> runs = 0;
+    Service service{[this](const std::string &, Slot *) { return ++runs; }};
     KeptAlive client;
+};
+
+TEST_F(RpcExchange, ResultsAndReplyMessages)
+{
     for (const std::size_t size : {0U, 1U, 64U, 4096U, 1U << 20, (16U << 20) - 16}) {
         const std::string input(size, 'x');
         EXPECT_EQ(client.echoed(input), input);
     }
     Slot reply = bytes("of an earlier call");
-    EXPECT_EQ(client.call(fail, "", &reply), -5);
-    EXPECT_EQ(errno, 0);
+    EXPECT_EQ(with_errno(client.call(fail, "", &reply)), std::pair(-5, 0));
     EXPECT_EQ(reply, nullptr);
     EXPECT_EQ(client.call(echo, "nobody wants it back"), 20);
-    EXPECT_EQ(client.call(echo, std::string(std::size_t{16} << 20, 'x')), -1000);
-    EXPECT_EQ(errno, EMSGSIZE);
-    EXPECT_EQ(client.request(google::protobuf::Empty{}, nullptr, 10), -1000);
-    EXPECT_EQ(errno, EINVAL);
+    EXPECT_EQ(with_errno(client.call(echo, std::string(std::size_t{16} << 20, 'x'))), std::pair(-1000, EMSGSIZE));
+    EXPECT_EQ(with_errno(client.request(google::protobuf::Empty{}, nullptr, 10)), std::pair(-1000, EINVAL));
     EXPECT_EQ(client.echoed("still usable"), "still usable");
-}
 
-TEST(RpcExchange, WhatCannotBeServedGetsTheDefaultError)
-{
-    Service service;
-    ASSERT_EQ(service.start(), 0);
-    KeptAlive client;
+    // What cannot be served gets the default error.
     for (const Id id : {throws, too_much, nobody}) {
-        Slot reply;
         EXPECT_EQ(client.call(id, "x", &reply), -37) << id;
         EXPECT_EQ(errno, 0);
         EXPECT_EQ(reply, nullptr);
@@ -106,38 +102,28 @@ TEST(RpcExchange, WhatCannotBeServedGetsTheDefaultError)
     EXPECT_EQ(client.request(*bytes("x"), nullptr, 10), -37);
 }
 
-TEST(RpcExchange, RegistrationAndBindingRefusals)
+TEST(RpcServer, RegistrationAndBindingRefusals)
 {
     Service service;
     const Function function{[](const std::string &, Slot *) { return 0; }};
-    EXPECT_EQ(service.dispatcher.registerCallback("", 1, function), -1);
-    EXPECT_EQ(errno, EINVAL);
+    EXPECT_EQ(with_errno(service.dispatcher.registerCallback("", 1, function)), std::pair(-1, EINVAL));
     EXPECT_EQ(service.dispatcher.registerCallback(std::string(64, 's'), 1, function), -1);
     EXPECT_EQ(service.dispatcher.registerCallback(std::string(63, 's'), 1, function), 0);
-    EXPECT_EQ(service.dispatcher.bind("no endpoint", true), -1);
-    EXPECT_EQ(errno, EINVAL);
+    EXPECT_EQ(with_errno(service.dispatcher.bind("no endpoint", true)), std::pair(-1, EINVAL));
     ASSERT_EQ(service.start(), 0);
-    EXPECT_EQ(service.dispatcher.registerCallback("TEST", 7, function), -1);
-    EXPECT_EQ(errno, EBUSY);
-    EXPECT_EQ(service.dispatcher.bind("tcp://127.0.0.1:62051", false), -1);
-    EXPECT_EQ(errno, EBUSY);
-    EXPECT_EQ(service.server.addDispatcher(&service.dispatcher), -1);
-    EXPECT_EQ(errno, EBUSY);
+    EXPECT_EQ(with_errno(service.dispatcher.registerCallback("TEST", 7, function)), std::pair(-1, EBUSY));
+    EXPECT_EQ(with_errno(service.dispatcher.bind("tcp://127.0.0.1:62051", false)), std::pair(-1, EBUSY));
+    EXPECT_EQ(with_errno(service.server.addDispatcher(&service.dispatcher)), std::pair(-1, EBUSY));
     EXPECT_EQ(service.server.addDispatcher(nullptr), -1);
     RepDispatcher second;
-    EXPECT_EQ(second.bind(request_endpoint, false), -1);
-    EXPECT_EQ(errno, EADDRINUSE);
+    EXPECT_EQ(with_errno(second.bind(request_endpoint, false)), std::pair(-1, EADDRINUSE));
     service.server.stop();
     service.server.wait();
-    EXPECT_EQ(service.server.addDispatcher(&second), -1);
-    EXPECT_EQ(errno, ESHUTDOWN);
+    EXPECT_EQ(with_errno(service.server.addDispatcher(&second)), std::pair(-1, ESHUTDOWN));
 }
 
-TEST(RpcExchange, ServesAPeerThatOnlyKnowsTheFrames)
+TEST_F(RpcExchange, ServesAPeerThatOnlyKnowsTheFrames)
 {
-    std::atomic<int> runs = 0;
-    Service service{[&](const std::string &, Slot *) { return ++runs; }};
-    ASSERT_EQ(service.start(), 0);
     Speaker alive{ZMQ_DEALER, keep_alive_endpoint};
     std::string probe(rpc::probe_size, '\0');
     rpc::write_probe(reinterpret_cast<std::uint8_t *>(probe.data()), {77});
@@ -180,7 +166,7 @@ TEST(RpcExchange, ServesAPeerThatOnlyKnowsTheFrames)
     EXPECT_EQ(runs, 2);
 }
 
-TEST(RpcExchange, OnlyTheReplyToTheRequestCounts)
+TEST(RpcClient, OnlyTheReplyToTheRequestCounts)
 {
     std::thread server{[] {
         Speaker speaker{ZMQ_ROUTER, request_endpoint};
@@ -214,13 +200,12 @@ TEST(RpcExchange, OnlyTheReplyToTheRequestCounts)
     Caller<ReqClient> client{request_endpoint};
     EXPECT_EQ(client.call(echo, "x"), 42);
     Slot reply;
-    EXPECT_EQ(client.call(echo, "x", &reply), -1000);
-    EXPECT_EQ(errno, EBADMSG);
+    EXPECT_EQ(with_errno(client.call(echo, "x", &reply)), std::pair(-1000, EBADMSG));
     EXPECT_EQ(reply, nullptr);
     server.join();
 }
 
-TEST(RpcExchange, ATimeOutLeavesTheClientUsableAndItsReplyIsLost)
+TEST(RpcClient, ATimeOutLeavesTheClientUsableAndItsReplyIsLost)
 {
     std::latch release{1};
     Service service{[&](const std::string &, Slot *reply) {
@@ -231,25 +216,20 @@ TEST(RpcExchange, ATimeOutLeavesTheClientUsableAndItsReplyIsLost)
     ASSERT_EQ(service.start(), 0);
     KeptAlive client;
     Caller<ReqClient> plain{request_endpoint};
-    EXPECT_EQ(client.call(own, "", nullptr, 1), -1000);
-    EXPECT_EQ(errno, ETIMEDOUT);
-    EXPECT_EQ(plain.call(own, "", nullptr, 1), -1000);
-    EXPECT_EQ(errno, ETIMEDOUT);
+    EXPECT_EQ(with_errno(client.call(own, "", nullptr, 1)), std::pair(-1000, ETIMEDOUT));
+    EXPECT_EQ(with_errno(plain.call(own, "", nullptr, 1)), std::pair(-1000, ETIMEDOUT));
     release.count_down();
     EXPECT_EQ(client.echoed("mine"), "mine");
     EXPECT_EQ(plain.echoed("mine"), "mine");
 }
 
-TEST(RpcExchange, ThreadsOfOneClientTakeTurns)
+TEST_F(RpcExchange, ThreadsOfOneClientTakeTurns)
 {
-    Service service;
-    ASSERT_EQ(service.start(), 0);
-    KeptAlive client;
     client.call(echo, "registers");
     std::vector<std::thread> threads;
     std::atomic<int> wrong{0};
     for (std::size_t i = 1; i <= 4; ++i) {
-        threads.emplace_back([&client, &wrong, i] {
+        threads.emplace_back([this, &wrong, i] {
             for (int turn = 0; turn < 200; ++turn) {
                 wrong += client.request(*bytes(std::string(i, 'x')), nullptr, 10) == static_cast<int>(i) ? 0 : 1;
             }
@@ -274,8 +254,7 @@ TEST(RpcServer, StopFromACallbackSendsItsReply)
     KeptAlive client;
     EXPECT_EQ(client.call(own, ""), 17);
     service.server.wait();
-    EXPECT_EQ(client.call(echo, ""), -1000);
-    EXPECT_EQ(errno, EHOSTDOWN);
+    EXPECT_EQ(with_errno(client.call(echo, "")), std::pair(-1000, EHOSTDOWN));
 }
 
 TEST(RpcServer, ComesToServeWhenItsPredecessorIsGone)
@@ -298,16 +277,14 @@ TEST(RpcServer, MayBeDestroyedInAnyOrderAndBeLeftByExit)
 {
     auto server = std::make_unique<RpcServer>("short-lived");
     auto dispatcher = std::make_unique<RepDispatcher>();
-    EXPECT_EQ(server->addDispatcher(dispatcher.get()), -1);
-    EXPECT_EQ(errno, EDESTADDRREQ);
+    EXPECT_EQ(with_errno(server->addDispatcher(dispatcher.get())), std::pair(-1, EDESTADDRREQ));
     ASSERT_EQ(dispatcher->bind(request_endpoint, false), 0);
     ASSERT_EQ(server->addDispatcher(dispatcher.get()), 0);
     dispatcher.reset();
     server.reset();
 
     // A function that ends the daemon: destructors of statics run on the thread that serves.
-    const pid_t child = ::fork();
-    if (child == 0) {
+    Peer child{[](Link &) {
         ::alarm(20);
         static Service service{[](const std::string &, Slot *) -> int { std::exit(3); }};
         service.start();
@@ -316,31 +293,24 @@ TEST(RpcServer, MayBeDestroyedInAnyOrderAndBeLeftByExit)
             client.call(own, "");
         }}.detach();
         service.server.wait();
-    }
-    int status = 0;
-    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    }};
+    const int status = child.join();
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 3) << status;
 }
 
-TEST(RpcServer, AForkedChildLeavesItAloneAndExits)
+TEST_F(RpcExchange, AForkedChildLeavesItAloneAndExits)
 {
     if (threads_sanitized) {
         GTEST_SKIP() << "the thread sanitizer does not follow the child of a process with threads";
     }
-    Service service;
-    ASSERT_EQ(service.start(), 0);
-    KeptAlive client;
     EXPECT_EQ(client.echoed("parent"), "parent");
-    const pid_t child = ::fork();
-    if (child == 0) {
+    Peer child{[&](Link &) {
         ::alarm(20);
         const bool good = client.echoed("child") == "child";
         service.~Service();
         ::_exit(good ? 0 : 1);
-    }
-    int status = 0;
-    ASSERT_EQ(::waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
+    }};
+    EXPECT_EQ(child.join(), 0);
     EXPECT_EQ(client.echoed("parent again"), "parent again");
 }
 
@@ -355,8 +325,7 @@ TEST(RpcServer, WithoutDescriptorsNothingWorksAndNothingBreaks)
         Service service;
         EXPECT_EQ(service.start(), -1);
         KeptAlive client;
-        EXPECT_EQ(client.call(echo, ""), -1000);
-        EXPECT_EQ(errno, EMFILE);
+        EXPECT_EQ(with_errno(client.call(echo, "")), std::pair(-1000, EMFILE));
     }
     EXPECT_EQ(open_descriptors(), before);
 }

@@ -1,11 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The bytes of docs/rpc-protocol.md.
 #include "rpc/frame.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <string>
-#include <vector>
+#include "support/test.h"
 
 using namespace switchcfg::rpc;
 
@@ -86,9 +82,6 @@ TEST(RpcFrame, EveryTruncationAndForeignFramesAreRefused)
             other[at] ^= 0x80;
             EXPECT_FALSE(parse_request(other) || parse_reply(other) || parse_probe(other) || parse_alive(other));
         }
-    }
-    for (const Frame &other : {golden_reply, golden_probe, golden_alive}) {
-        EXPECT_FALSE(parse_request(other));
     }
 }
 

@@ -4,15 +4,8 @@
 #include "rpc_fixture.h"
 
 #include <arpa/inet.h>
-#include <array>
-#include <fstream>
 #include <linux/tcp.h>
-#include <netinet/in.h>
-#include <random>
-#include <sys/socket.h>
 #include <sys/time.h>
-#include <thread>
-#include <vector>
 
 using namespace switchcfg::testing;
 namespace rpc = switchcfg::rpc;
@@ -107,11 +100,16 @@ long descriptors_of(pid_t pid)
     return std::distance(std::filesystem::directory_iterator{"/proc/" + std::to_string(pid) + "/fd"}, {});
 }
 
-TEST(RpcHostile, RandomBytesHalfMessagesAndGreatFrames)
-{
-    const auto daemon = start_daemon();
+class RpcHostile : public testing::Test {
+  protected:
+    RpcHostile() { EXPECT_EQ(client.echoed("before"), "before"); }
+
+    const std::unique_ptr<Peer> daemon = start_daemon();
     KeptAlive client;
-    EXPECT_EQ(client.echoed("before"), "before");
+};
+
+TEST_F(RpcHostile, RandomBytesHalfMessagesAndGreatFrames)
+{
     const long before = resident_mib(daemon->pid());
     std::mt19937 random{20240607};
     std::vector<Attacker> idle;
@@ -130,24 +128,19 @@ TEST(RpcHostile, RandomBytesHalfMessagesAndGreatFrames)
             ASSERT_TRUE(idle.back().shake_hands());
             idle.back().send(frame_head(200000, false) + noise); // the rest never comes
         }
-        const Attacker great{port};
-        ASSERT_TRUE(great.shake_hands());
-        great.send(frame_head(100'000'000, false) + std::string(1000, 'x'));
-        EXPECT_TRUE(great.is_shut());
-        const Attacker greatest{port};
-        ASSERT_TRUE(greatest.shake_hands());
-        greatest.send(frame_head(~std::uint64_t{0}, false) + "x");
-        EXPECT_TRUE(greatest.is_shut());
+        for (const std::uint64_t size : {std::uint64_t{100'000'000}, ~std::uint64_t{0}}) {
+            const Attacker great{port};
+            ASSERT_TRUE(great.shake_hands());
+            great.send(frame_head(size, false) + std::string(1000, 'x'));
+            EXPECT_TRUE(great.is_shut()) << size;
+        }
     }
     EXPECT_EQ(client.echoed("after"), "after");
     EXPECT_LT(resident_mib(daemon->pid()) - before, 60);
 }
 
-TEST(RpcHostile, AMessageThatNeverEndsIsCutOff)
+TEST_F(RpcHostile, AMessageThatNeverEndsIsCutOff)
 {
-    const auto daemon = start_daemon();
-    KeptAlive client;
-    EXPECT_EQ(client.echoed("before"), "before");
     for (const std::uint16_t port : {request_port, keep_alive_port}) {
         const Attacker endless{port};
         if (!endless.tells_bytes_received()) {
@@ -165,11 +158,8 @@ TEST(RpcHostile, AMessageThatNeverEndsIsCutOff)
     }
 }
 
-TEST(RpcHostile, ConnectionsAreCounted)
+TEST_F(RpcHostile, ConnectionsAreCounted)
 {
-    const auto daemon = start_daemon();
-    KeptAlive client;
-    EXPECT_EQ(client.echoed("before"), "before");
     std::vector<Attacker> crowd;
     for (int i = 0; i < 600; ++i) {
         crowd.emplace_back(request_port);
@@ -187,14 +177,11 @@ TEST(RpcHostile, ConnectionsAreCounted)
     EXPECT_EQ(next.echoed("and there is room again"), "and there is room again");
 }
 
-TEST(RpcHostile, RequestsOfPeersThatComeAndGoDoNotPileUpBehindALongFunction)
+TEST_F(RpcHostile, RequestsOfPeersThatComeAndGoDoNotPileUpBehindALongFunction)
 {
     if (sanitized) {
         GTEST_SKIP() << "the sanitizer keeps freed memory";
     }
-    const auto daemon = start_daemon();
-    KeptAlive client;
-    EXPECT_EQ(client.echoed("before"), "before");
     std::thread caller{[] {
         KeptAlive busy;
         busy.call(own, "", nullptr, 60);

@@ -2,13 +2,7 @@
 // Daemons that are gone, gone and back, frozen or merely slow.
 #include "rpc_fixture.h"
 
-#include <algorithm>
-#include <array>
-#include <cerrno>
-#include <csignal>
 #include <ctime>
-#include <sys/wait.h>
-#include <thread>
 
 using namespace switchcfg::testing;
 

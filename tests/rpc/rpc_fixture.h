@@ -6,15 +6,9 @@
 #include "support/descriptors.h"
 #include "support/peer.h"
 
-#include <cerrno>
-#include <functional>
 #include <google/protobuf/wrappers.pb.h>
-#include <gtest/gtest.h>
-#include <memory>
 #include <stdexcept>
-#include <string>
 #include <switchcfg/funclist_rpc.h>
-#include <unistd.h>
 
 namespace switchcfg::testing {
 

@@ -5,10 +5,6 @@
 
 #include "support/file_text.h"
 
-#include <cstdlib>
-#include <string>
-#include <sys/wait.h>
-
 namespace switchcfg::testing {
 
 struct Outcome {

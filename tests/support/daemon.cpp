@@ -1,14 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/daemon.h"
 
-#include <csignal>
-#include <cstdlib>
-#include <fcntl.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
-#include <utility>
-
 namespace switchcfg::testing {
 
 Daemon::Daemon(const std::string &program, const std::vector<std::string> &arguments)
@@ -24,12 +16,7 @@ Daemon::Daemon(const std::string &program, const std::vector<std::string> &argum
         argv.push_back(word.data());
     }
     argv.push_back(nullptr);
-    pid_ = ::fork();
-    if (pid_ < 0) {
-        std::abort();
-    }
-    if (pid_ == 0) {
-        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (fork()) {
         ::fcntl(ready[1], F_SETFD, 0);
         ::execv(argv[0], argv.data());
         ::_exit(127);
@@ -38,30 +25,15 @@ Daemon::Daemon(const std::string &program, const std::vector<std::string> &argum
     ready_ = ready[0];
 }
 
-Daemon::~Daemon()
-{
-    kill9();
-    ::close(ready_);
-}
-
 bool Daemon::ready() const
 {
     char byte = 0;
     return ::read(ready_, &byte, 1) == 1;
 }
 
-void Daemon::kill9()
-{
-    if (pid_ > 0) {
-        ::kill(pid_, SIGKILL);
-        ::waitpid(std::exchange(pid_, -1), nullptr, 0);
-    }
-}
-
 int Daemon::exit_status() const
 {
-    int status = -1;
-    ::waitpid(std::exchange(pid_, -1), &status, 0);
+    const int status = join();
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 

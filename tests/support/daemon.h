@@ -3,28 +3,33 @@
 #ifndef SWITCHCFG_TESTS_SUPPORT_DAEMON_H
 #define SWITCHCFG_TESTS_SUPPORT_DAEMON_H
 
-#include <string>
-#include <sys/types.h>
-#include <vector>
+#include "support/child.h"
 
 namespace switchcfg::testing {
 
-class Daemon {
+class Daemon : public Child {
   public:
     // The program is given --ready-fd beside the arguments, and writes a byte there once it serves.
     explicit Daemon(const std::string &program, const std::vector<std::string> &arguments = {});
-    ~Daemon(); // kills and reaps it
+    ~Daemon() { ::close(ready_); }
     Daemon(const Daemon &) = delete;
     Daemon &operator=(const Daemon &) = delete;
 
-    pid_t pid() const { return pid_; }
-    bool ready() const; // waits; false when the program ended first
-    void kill9();
+    bool ready() const;      // waits; false when the program ended first
     int exit_status() const; // waits for its end; -1 when a signal ended it
 
   private:
-    mutable pid_t pid_ = -1;
     int ready_ = -1;
+};
+
+// One that serves when it is constructed.
+class ServingDaemon : public Daemon {
+  public:
+    explicit ServingDaemon(const std::string &program, const std::vector<std::string> &arguments = {})
+        : Daemon(program, arguments)
+    {
+        EXPECT_TRUE(ready());
+    }
 };
 
 } // namespace switchcfg::testing

@@ -3,10 +3,7 @@
 #ifndef SWITCHCFG_TESTS_SUPPORT_DESCRIPTORS_H
 #define SWITCHCFG_TESTS_SUPPORT_DESCRIPTORS_H
 
-#include <chrono>
-#include <filesystem>
-#include <iterator>
-#include <sys/resource.h>
+#include "support/test.h"
 
 namespace switchcfg::testing {
 

@@ -3,10 +3,9 @@
 #ifndef SWITCHCFG_TESTS_SUPPORT_FILE_TEXT_H
 #define SWITCHCFG_TESTS_SUPPORT_FILE_TEXT_H
 
-#include <fstream>
 #include <sstream>
-#include <string>
-#include <vector>
+
+#include "support/test.h"
 
 namespace switchcfg::testing {
 

@@ -5,11 +5,11 @@
 #ifndef SWITCHCFG_TESTS_SUPPORT_FLASH_DEVICE_H
 #define SWITCHCFG_TESTS_SUPPORT_FLASH_DEVICE_H
 
+#include "lab/flash/files.h"
 #include "lab/flash/nor_flash.h"
+#include "support/test.h"
 
-#include <cstdint>
 #include <span>
-#include <vector>
 
 namespace switchcfg::testing {
 
@@ -19,10 +19,11 @@ class FlashDevice : public switchlab::NorFlash {
   public:
     static constexpr const char *path = "/dev/flash_env";
 
-    FlashDevice(); // throws when this lab has no flash device
+    FlashDevice() : NorFlash(switchlab::attach_flash().value()) {} // throws when this lab has no flash device
     std::vector<std::uint8_t> copy() const { return {content().begin(), content().end()}; }
-    void restore(std::span<const std::uint8_t> bytes); // exactly these, as if taken out and put into a programmer
-    void erase_chip();
+    // Exactly these, as if taken out and put into a programmer; as many as the device has.
+    void restore(std::span<const std::uint8_t> bytes) { std::ranges::copy(bytes, content().begin()); }
+    void erase_chip() { std::ranges::fill(content(), std::uint8_t{0xFF}); }
 };
 
 } // namespace switchcfg::testing

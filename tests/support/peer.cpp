@@ -1,27 +1,33 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/peer.h"
 
-#include <csignal>
-#include <cstdlib>
-#include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
-#include <utility>
-
 namespace switchcfg::testing {
+namespace {
+
+bool send_byte(int fd)
+{
+    const char byte = 1;
+    return ::write(fd, &byte, 1) == 1;
+}
+
+bool take_byte(int fd)
+{
+    char byte = 0;
+    return ::read(fd, &byte, 1) == 1;
+}
+
+} // namespace
 
 void Link::tell() const
 {
-    const char byte = 1;
-    if (::write(out_, &byte, 1) != 1) {
+    if (!send_byte(out_)) {
         ::_exit(99);
     }
 }
 
 void Link::wait() const
 {
-    char byte = 0;
-    if (::read(in_, &byte, 1) != 1) {
+    if (!take_byte(in_)) {
         ::_exit(98);
     }
 }
@@ -33,12 +39,7 @@ Peer::Peer(const std::function<void(Link &)> &body)
     if (::pipe(up) != 0 || ::pipe(down) != 0) {
         std::abort();
     }
-    pid_ = ::fork();
-    if (pid_ < 0) {
-        std::abort();
-    }
-    if (pid_ == 0) {
-        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (fork()) {
         ::close(up[0]);
         ::close(down[1]);
         Link link{down[0], up[1]};
@@ -60,31 +61,14 @@ Peer::~Peer()
 
 bool Peer::await() const
 {
-    char byte = 0;
-    return ::read(from_child_, &byte, 1) == 1;
+    return take_byte(from_child_);
 }
 
 void Peer::go() const
 {
-    const char byte = 1;
-    if (::write(to_child_, &byte, 1) != 1) {
+    if (!send_byte(to_child_)) {
         std::abort();
     }
-}
-
-void Peer::kill9()
-{
-    if (pid_ > 0) {
-        ::kill(pid_, SIGKILL);
-        join();
-    }
-}
-
-int Peer::join()
-{
-    int status = -1;
-    ::waitpid(std::exchange(pid_, -1), &status, 0);
-    return status;
 }
 
 } // namespace switchcfg::testing

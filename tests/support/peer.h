@@ -3,8 +3,7 @@
 #ifndef SWITCHCFG_TESTS_SUPPORT_PEER_H
 #define SWITCHCFG_TESTS_SUPPORT_PEER_H
 
-#include <functional>
-#include <sys/types.h>
+#include "support/child.h"
 
 namespace switchcfg::testing {
 
@@ -20,22 +19,18 @@ class Link {
     int out_;
 };
 
-class Peer {
+class Peer : public Child {
   public:
     // Runs `body` in a forked child, which ends with exit status 0 after it, without running atexit handlers.
     explicit Peer(const std::function<void(Link &)> &body);
-    ~Peer(); // kills and reaps a child that still runs
+    ~Peer();
     Peer(const Peer &) = delete;
     Peer &operator=(const Peer &) = delete;
 
-    pid_t pid() const { return pid_; }
     bool await() const; // false when the child ended before it told
     void go() const;
-    void kill9();
-    int join(); // the raw wait status
 
   private:
-    pid_t pid_ = -1;
     int from_child_ = -1;
     int to_child_ = -1;
 };

@@ -1,16 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/terminal.h"
 
-#include <csignal>
-#include <cstdlib>
 #include <poll.h>
 #include <pty.h>
 #include <sys/ioctl.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
 #include <termios.h>
-#include <unistd.h>
-#include <utility>
 
 namespace switchcfg::testing {
 
@@ -34,10 +28,7 @@ Terminal::Terminal(int rows, int columns, const std::function<void()> &body)
 
 Terminal::~Terminal()
 {
-    if (pid_ > 0) {
-        ::kill(pid_, SIGKILL);
-        join();
-    }
+    kill9();
     ::close(master_);
 }
 
@@ -79,13 +70,6 @@ std::string Terminal::rest()
     while (read_more()) {
     }
     return seen_;
-}
-
-int Terminal::join()
-{
-    int status = -1;
-    ::waitpid(std::exchange(pid_, -1), &status, 0);
-    return status;
 }
 
 bool Terminal::line_mode() const

@@ -5,10 +5,11 @@
 
 #include "support/command.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 namespace switchcfg::testing {
+
+using nlohmann::json;
 
 inline Outcome tool(const std::string &arguments)
 {
@@ -25,6 +26,17 @@ inline void expect_refused(const std::string &arguments, const std::string &reas
     EXPECT_THAT(outcome.err, ::testing::HasSubstr(reason)) << arguments;
     EXPECT_EQ(outcome.err.find('\n'), outcome.err.size() - 1) << arguments;
 }
+
+#ifdef SWITCHCFG_COMPLETION // the file that bash loads
+// The words that bash would offer for the last of `words`, as an array in bash's notation.
+inline std::string offered(const std::string &words)
+{
+    return run_command(
+        "bash -c 'PATH=$(dirname " SWITCHCFG_TOOL "):$PATH; . " SWITCHCFG_COMPLETION "; COMP_WORDS=(switchcfg " +
+        words + "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _switchcfg; printf \"%s \" \"${COMPREPLY[@]}\"'")
+        .out;
+}
+#endif
 
 } // namespace switchcfg::testing
 

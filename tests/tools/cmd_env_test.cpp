@@ -2,21 +2,10 @@
 #include "support/flash_device.h"
 #include "support/tool.h"
 
-#include <filesystem>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
-
 namespace {
 
-using switchcfg::testing::expect_refused;
+using namespace switchcfg::testing;
 namespace fs = std::filesystem;
-using nlohmann::json;
-using switchcfg::testing::file_text;
-using switchcfg::testing::FlashDevice;
-using switchcfg::testing::Outcome;
-using switchcfg::testing::tool;
-using switchcfg::testing::write_file;
 using ::testing::HasSubstr;
 
 Outcome env(const std::string &arguments)
@@ -134,11 +123,8 @@ TEST(CmdEnv, TextBringsEveryEnvironmentBack)
     write_file("/tmp/text", "# replaces all but HV\r\nb=2\r\nb=3\n");
     expect_done("import --replace --save < /tmp/text");
     EXPECT_EQ(env("export").out, "HV=0\nb=3\n");
-}
 
-TEST(CmdEnv, ChangesThatFitTogetherAreMadeInAnyOrder)
-{
-    make_switch();
+    // Changes that fit together are made in any order.
     const std::string large(40000, 'x');
     write_file("/tmp/first", "big=" + large + "\nsmall=\n");
     write_file("/tmp/second", "small=" + large + "\nbig=\n");

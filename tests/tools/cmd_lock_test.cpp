@@ -1,21 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <switchcfg/locks.h>
-#include <switchcfg/startup.h>
-
-#include "support/command.h"
 #include "support/peer.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
-#include <sys/prctl.h>
+#include "support/tool.h"
 
 namespace {
 
-using nlohmann::json;
-using switchcfg::testing::Link;
-using switchcfg::testing::Peer;
-using switchcfg::testing::run_command;
+using namespace switchcfg::testing;
 using ::testing::HasSubstr;
 
 TEST(CmdLock, ListNamesTheHolderAndHow)
@@ -29,7 +18,7 @@ TEST(CmdLock, ListNamesTheHolderAndHow)
         link.wait();
     }};
     ASSERT_TRUE(holder.await());
-    const json locks = json::parse(run_command(SWITCHCFG_TOOL " lock list --json").out);
+    const json locks = json::parse(tool("lock list --json").out);
     ASSERT_EQ(locks.size(), 10U);
     EXPECT_EQ(locks[2]["name"], "Traps");
     EXPECT_EQ(locks[2]["file"], "/tmp/lock_trap");
@@ -40,19 +29,19 @@ TEST(CmdLock, ListNamesTheHolderAndHow)
     EXPECT_EQ(locks[8]["file"], "/tmp/dcGetSetLock");
 
     holder.kill9();
-    EXPECT_EQ(json::parse(run_command(SWITCHCFG_TOOL " lock list --json").out)[2]["holders"], json::array());
+    EXPECT_EQ(json::parse(tool("lock list --json").out)[2]["holders"], json::array());
 }
 
 TEST(CmdLock, RunHoldsTheLockAndPassesTheStatusOn)
 {
-    const auto held = run_command(SWITCHCFG_TOOL " lock run FW -- " SWITCHCFG_TOOL " lock list --json");
+    const auto held = tool("lock run FW -- " SWITCHCFG_TOOL " lock list --json");
     EXPECT_EQ(json::parse(held.out)[1]["holders"][0]["mode"], "exclusive");
-    const auto shared = run_command(SWITCHCFG_TOOL " lock run --shared DC -- " SWITCHCFG_TOOL " lock list --json");
+    const auto shared = tool("lock run --shared DC -- " SWITCHCFG_TOOL " lock list --json");
     EXPECT_EQ(json::parse(shared.out)[8]["holders"][0]["mode"], "shared");
-    EXPECT_EQ(run_command(SWITCHCFG_TOOL " lock run CFG -- sh -c 'exit 7'").status, 7);
-    EXPECT_EQ(run_command(SWITCHCFG_TOOL " lock run CFG -- sh -c 'kill -9 $$'").status, 137);
-    EXPECT_THAT(run_command(SWITCHCFG_TOOL " lock run CFG -- /no/such/command").err, HasSubstr("No such file"));
-    EXPECT_THAT(run_command(SWITCHCFG_TOOL " lock run Nope -- true").err, HasSubstr("no lock is named 'Nope'"));
+    EXPECT_EQ(tool("lock run CFG -- sh -c 'exit 7'").status, 7);
+    EXPECT_EQ(tool("lock run CFG -- sh -c 'kill -9 $$'").status, 137);
+    EXPECT_THAT(tool("lock run CFG -- /no/such/command").err, HasSubstr("No such file"));
+    EXPECT_THAT(tool("lock run Nope -- true").err, HasSubstr("no lock is named 'Nope'"));
 }
 
 } // namespace

@@ -1,19 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/tool.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
-#include <regex.h>
-#include <sstream>
+#include <regex>
 
 namespace {
 
-using nlohmann::json;
-using switchcfg::testing::file_text;
-using switchcfg::testing::Outcome;
-using switchcfg::testing::run_command;
-using switchcfg::testing::tool;
+using namespace switchcfg::testing;
 using ::testing::HasSubstr;
 
 void populate(const std::string &arguments)
@@ -21,27 +13,11 @@ void populate(const std::string &arguments)
     ASSERT_EQ(tool("stack populate " + arguments).status, 0);
 }
 
-// Matches of an extended regular expression.
-int count_of(const std::string &text, const std::string &pattern)
+// Matches of a regular expression.
+long count_of(const std::string &text, const std::string &pattern)
 {
-    regex_t expression;
-    EXPECT_EQ(::regcomp(&expression, pattern.c_str(), REG_EXTENDED), 0) << pattern;
-    int count = 0;
-    regmatch_t match;
-    for (const char *at = text.c_str(); ::regexec(&expression, at, 1, &match, 0) == 0; at += match.rm_eo) {
-        ++count;
-    }
-    ::regfree(&expression);
-    return count;
-}
-
-std::string without_colours(std::string text)
-{
-    for (std::size_t start = 0; (start = text.find('\033', start)) != std::string::npos;) {
-        text.erase(start, text.find('m', start) + 1 - start);
-    }
-    std::erase(text, '\r');
-    return text;
+    const std::regex expression{pattern};
+    return std::distance(std::sregex_iterator{text.begin(), text.end(), expression}, std::sregex_iterator{});
 }
 
 TEST(CmdPorts, TableAndJsonCarryTheNumberingOfTheBoard)
@@ -79,8 +55,10 @@ TEST(CmdPorts, PanelShowsEveryPortOfTheBox)
         run_command("script -qc 'stty cols 80; LC_ALL=C " SWITCHCFG_TOOL " ports 0 --panel' /dev/null");
     ASSERT_EQ(narrow.status, 0) << narrow.err;
     EXPECT_THAT(narrow.out, HasSubstr("\033[7;93m45*\033[0m"));
-    std::istringstream lines{without_colours(narrow.out)};
-    for (std::string line; std::getline(lines, line) && line.rfind("Numbers", 0) != 0;) {
+    for (const std::string &line : lines_of(std::regex_replace(narrow.out, std::regex{"\033[^m]*m|\r"}, ""))) {
+        if (line.starts_with("Numbers")) {
+            break;
+        }
         EXPECT_LE(line.size(), 80U) << line;
     }
     const Outcome plain = run_command("script -qc 'NO_COLOR=1 " SWITCHCFG_TOOL " ports 0 --panel' /dev/null");
@@ -97,9 +75,7 @@ TEST(CmdPorts, DrawingHasOneElementPerOpening)
     EXPECT_EQ(count_of(drawing, "<g>"), count_of(drawing, "</g>"));
     EXPECT_EQ(
         count_of(drawing, "<title>Port 44: combo, copper, 1G, module 0 chip port 50, transceiver empty</title>"), 2);
-    const Outcome refused = tool("ports 0 --svg /no/such/folder/panel.svg");
-    EXPECT_EQ(refused.status, 1);
-    EXPECT_EQ(refused.err, "switchcfg: /no/such/folder/panel.svg: cannot open: No such file or directory\n");
+    expect_refused("ports 0 --svg /no/such/folder/panel.svg", "/no/such/folder/panel.svg: cannot open: No such file");
 }
 
 TEST(CmdPorts, OnePortTheProcessorAndPortChannels)
@@ -129,10 +105,7 @@ TEST(CmdPorts, BoardsThatAreNotThere)
     for (const auto &[arguments, reason] : {std::pair{"ports 2", "no board there"}, {"ports 8", "unit 8"},
              {"ports -1", "unit -1"}, {"port 0/24", "its last one is 23"}, {"port 0", "is no port"},
              {"port 0/1x", "is no port"}, {"port 0/600", "no member"}}) {
-        const Outcome outcome = tool(arguments);
-        EXPECT_EQ(outcome.status, 1) << arguments;
-        EXPECT_EQ(outcome.out, "") << arguments;
-        EXPECT_THAT(outcome.err, HasSubstr(reason)) << arguments;
+        expect_refused(arguments, reason);
     }
 }
 

@@ -3,23 +3,14 @@
 #include "support/daemon.h"
 #include "support/tool.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
-
 namespace {
 
-using nlohmann::json;
-using switchcfg::testing::Daemon;
-using switchcfg::testing::expect_refused;
-using switchcfg::testing::lines_of;
-using switchcfg::testing::tool;
+using namespace switchcfg::testing;
 using ::testing::EndsWith;
 
 TEST(CmdRouting, AddsListsAndDeletesRoutes)
 {
-    const Daemon daemon{SWITCHLAB_ROUTING, {"--routes", "100"}};
-    ASSERT_TRUE(daemon.ready());
+    const ServingDaemon daemon{SWITCHLAB_ROUTING, {"--routes", "100"}};
     EXPECT_EQ(tool("routing add 10.1.0.0/16 192.0.2.1 --distance 7").status, 0);
     for (int i = 0; i < 99; ++i) {
         ASSERT_EQ(tool("routing add 10.2." + std::to_string(i) + ".0/24 192.0.2.2").status, 0);
@@ -43,8 +34,7 @@ TEST(CmdRouting, AddsListsAndDeletesRoutes)
 
 TEST(CmdRouting, SendsAnyCommandAndShowsFailures)
 {
-    const Daemon daemon{SWITCHLAB_ROUTING, {"--fault", "endless 1"}};
-    ASSERT_TRUE(daemon.ready());
+    const ServingDaemon daemon{SWITCHLAB_ROUTING, {"--fault", "endless 1"}};
     expect_refused("routing send 1", "DC_CMD_ADD_STATIC_ROUTE (1): Insufficient resources (-2)");
     expect_refused("routing send DC_CMD_ADD_STATIC_ROUTE --payload 00", "answers 3: Invalid parameter (-7)");
     expect_refused("routing send 12345", "Unknown (12345): the routing stack answers 2: Internal operation error (-1)");

@@ -2,23 +2,13 @@
 #include <switchcfg/equip.h>
 #include <switchcfg/ports.h>
 #include <switchcfg/provision.h>
-#include <switchcfg/startup.h>
-#include <switchcfg/status.h>
 
 #include "support/tool.h"
 
-#include <algorithm>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
-
 namespace {
 
-using nlohmann::json;
-using switchcfg::testing::tool;
-using ::testing::AllOf;
-using ::testing::HasSubstr;
-using ::testing::Not;
+using namespace switchcfg::testing;
+using namespace ::testing;
 
 class CmdStack : public ::testing::Test {
   protected:
@@ -47,16 +37,14 @@ TEST_F(CmdStack, PopulatedUnitsAnswerEveryQuestion)
         int port = -1;
         ASSERT_EQ(status_phys_unit_port_to_modid_port(unit, 53, &modid, &port), 0);
         EXPECT_EQ(status_modid_to_unit(modid), unit);
-        const int ports = cfg_equip_get_user_eth_ports(static_cast<std::uint32_t>(unit));
-        for (int user = -2; user < ports; user += user == -2 ? 2 : 1) {
-            int module = -1;
+        for (const int user :
+            {int{CFG_PORT_CPU}, 0, cfg_equip_get_user_eth_ports(static_cast<std::uint32_t>(unit)) - 1}) {
             int chip_port = -1;
             int back_unit = -1;
             int back = -1;
-            ASSERT_EQ(cfg_equip_user_to_phys_port_tq5200(unit, user, &module, &chip_port), 0);
-            ASSERT_EQ(cfg_equip_phys_to_user_port_tq5200(module, chip_port, &back_unit, &back), 0) << user;
-            EXPECT_EQ(back_unit, unit);
-            EXPECT_EQ(back, user);
+            ASSERT_EQ(cfg_equip_user_to_phys_port_tq5200(unit, user, &modid, &chip_port), 0);
+            ASSERT_EQ(cfg_equip_phys_to_user_port_tq5200(modid, chip_port, &back_unit, &back), 0) << user;
+            EXPECT_TRUE(back_unit == unit && back == user) << user;
         }
     }
     EXPECT_EQ(cfg_get_port_type_tq5200_up(1, 44), CFG_PORT_TYPE_FIBRE) << "plugged";
@@ -96,10 +84,7 @@ TEST_F(CmdStack, UnitsTellWhatIsThereAndWhatIsToBe)
 TEST_F(CmdStack, WrongRequestsChangeNothingAndSayWhy)
 {
     ASSERT_EQ(tool("stack populate 7").status, 0);
-    const struct {
-        const char *arguments;
-        const char *reason;
-    } rows[] = {
+    const std::pair<const char *, const char *> rows[] = {
         {"stack populate 1,2,86", "model 86: models are numbered from 1 to 85"},
         {"stack populate 1,", "no model is named ''"},
         {"stack populate 1,1,1,1,1,1,1,1,1", "at most 8 units"},
@@ -114,10 +99,8 @@ TEST_F(CmdStack, WrongRequestsChangeNothingAndSayWhy)
         {"equip models --kind copper --poe", "no model is like that"},
         {"status get unit.nope", "no field is named"},
     };
-    for (const auto &row : rows) {
-        const auto outcome = tool(row.arguments);
-        EXPECT_EQ(outcome.status, 1) << row.arguments;
-        EXPECT_THAT(outcome.err, HasSubstr(row.reason));
+    for (const auto &[arguments, reason] : rows) {
+        expect_refused(arguments, reason);
     }
     EXPECT_EQ(tool("equip show").status, 2);
     EXPECT_EQ(tool("equip models --kind wood").status, 2);

@@ -1,16 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/tool.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
-
 namespace {
 
-using nlohmann::json;
-using switchcfg::testing::expect_refused;
-using switchcfg::testing::Outcome;
-using switchcfg::testing::tool;
+using namespace switchcfg::testing;
 using ::testing::HasSubstr;
 
 Outcome trap(const std::string &arguments)

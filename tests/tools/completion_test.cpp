@@ -2,24 +2,10 @@
 // What a shell offers, through the file that bash loads; the manual; the live screen.
 #include "support/tool.h"
 
-#include <nlohmann/json.hpp>
-
 namespace {
 
-using nlohmann::json;
-using switchcfg::testing::run_command;
-using switchcfg::testing::tool;
-using ::testing::HasSubstr;
-using ::testing::Not;
-
-// The words that bash would offer for the last of `words`, as an array in bash's notation.
-std::string offered(const std::string &words)
-{
-    return run_command(
-        "bash -c 'PATH=$(dirname " SWITCHCFG_TOOL "):$PATH; . " SWITCHCFG_COMPLETION "; COMP_WORDS=(switchcfg " +
-        words + "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _switchcfg; printf \"%s \" \"${COMPREPLY[@]}\"'")
-        .out;
-}
+using namespace switchcfg::testing;
+using namespace ::testing;
 
 TEST(Completion, FollowsTheGrammar)
 {

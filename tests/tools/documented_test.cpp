@@ -1,22 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // What docs/switchcfg.md says: every command on it is carried out in a lab, and the JSON below it has the shape of what
 // is printed. Every sub-command has an example in its help, and every example is on the page.
-#include "support/file_text.h"
 #include "support/tool.h"
 
-#include <algorithm>
-#include <fstream>
-#include <nlohmann/json.hpp>
 #include <regex>
 #include <sstream>
-#include <vector>
 
 namespace {
 
-using nlohmann::json;
-using switchcfg::testing::Outcome;
-using switchcfg::testing::run_command;
-using switchcfg::testing::tool;
+using namespace switchcfg::testing;
 
 struct Step {
     std::string command;
@@ -71,8 +63,7 @@ std::vector<json> documents(const std::string &text)
         return {whole};
     }
     std::vector<json> all;
-    std::istringstream lines{text};
-    for (std::string line; std::getline(lines, line);) {
+    for (const std::string &line : lines_of(text)) {
         all.push_back(json::parse(line, nullptr, false));
     }
     return all;
@@ -121,7 +112,7 @@ TEST(Documented, CommandsDoAndPrintWhatThePageSays)
     const Outcome up = run_command(lab + "up --units 2 --models 17,2 --detach");
     ASSERT_EQ(up.status, 0) << up.err;
     for (const Step &step : steps) {
-        std::ofstream{"/tmp/step"} << step.command << '\n';
+        write_file("/tmp/step", step.command + '\n');
         const Outcome outcome = run_command(lab + "shell 0 -- bash -c \"$(cat /tmp/step)\"");
         EXPECT_EQ(outcome.status, step.status) << step.command << '\n' << outcome.err;
         EXPECT_EQ(outcome.out.empty(), step.language.empty()) << step.command << '\n' << outcome.out;

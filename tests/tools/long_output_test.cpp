@@ -4,45 +4,28 @@
 #include "support/terminal.h"
 #include "support/tool.h"
 
-#include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <iterator>
-#include <string>
-#include <sys/stat.h>
-#include <unistd.h>
-
 namespace {
 
-using switchcfg::testing::Outcome;
-using switchcfg::testing::Terminal;
-using switchcfg::testing::tool;
-using ::testing::HasSubstr;
-using ::testing::Not;
+using namespace switchcfg::testing;
+using namespace ::testing;
 
 TEST(LongOutput, IsFilteredAndCut)
 {
     const std::string all = tool("error --list").out;
-    const auto lines = [](const std::string &text) { return std::count(text.begin(), text.end(), '\n'); };
-    EXPECT_GT(lines(all), 400);
+    EXPECT_GT(lines_of(all).size(), 400U);
     EXPECT_EQ(tool("error -1 -8 --grep ^-8").out, "-8    Not found\n");
     EXPECT_EQ(tool("--grep=-8 error -1 -8").out, "-8    Not found\n") << "a pattern may begin with a dash";
     const std::string last = tool("error --list --tail 3").out;
-    EXPECT_EQ(lines(last), 3);
+    EXPECT_EQ(lines_of(last).size(), 3U);
     EXPECT_TRUE(all.ends_with(last));
     const std::string filtered = tool("error --list --grep STP --tail 2").out;
-    EXPECT_EQ(lines(filtered), 2);
+    EXPECT_EQ(lines_of(filtered).size(), 2U);
     EXPECT_THAT(filtered, HasSubstr("STP"));
     EXPECT_EQ(tool("error -8 --grep '\"; echo no; $(echo no) `echo no` \\'").out, "") << "nothing for the shell";
     const Outcome partly = tool("error -8 -56 --tail 1");
     EXPECT_EQ(partly.out, "-8    Not found\n") << "what there is comes before the failure";
     EXPECT_EQ(partly.status, 1);
-}
 
-TEST(LongOutput, WrongUseIsRefused)
-{
     EXPECT_EQ(tool("error -8 --tail 0").status, 2);
     EXPECT_EQ(tool("error -8 --tail 1 --tftp a:b").status, 2);
     for (const char *const place : {"server", "server:", ":name", "-x:name", "'a:b;c'"}) {
@@ -72,22 +55,18 @@ TEST(LongOutput, IsPagedOnATerminalThatIsTooSmall)
 TEST(LongOutput, IsUploadedWholeByTheProgram)
 {
     // A /bin/tftp of the test's own keeps what it is given, and how it was called.
-    const std::string why = switchcfg::testing::make_folder_private(std::filesystem::canonical("/bin").string());
+    const std::string why = make_folder_private(std::filesystem::canonical("/bin").string());
     if (!why.empty()) {
         GTEST_SKIP() << why;
     }
     std::filesystem::remove("/bin/tftp");
-    std::ofstream{"/bin/tftp"} << "#!/bin/sh\necho \"$@\" >/tmp/call\ncat >/tmp/uploaded\n";
+    write_file("/bin/tftp", "#!/bin/sh\necho \"$@\" >/tmp/call\ncat >/tmp/uploaded\n");
     ASSERT_EQ(::chmod("/bin/tftp", 0755), 0);
     const Outcome outcome = tool("error --list --tftp 10.0.0.1:errors.txt");
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.out, "");
-    const auto content = [](const char *path) {
-        std::ifstream file{path};
-        return std::string{std::istreambuf_iterator<char>{file}, {}};
-    };
-    EXPECT_EQ(content("/tmp/call"), "-l - -r errors.txt -p 10.0.0.1\n");
-    EXPECT_EQ(content("/tmp/uploaded"), tool("error --list").out);
+    EXPECT_EQ(file_text("/tmp/call"), "-l - -r errors.txt -p 10.0.0.1\n");
+    EXPECT_EQ(file_text("/tmp/uploaded"), tool("error --list").out);
 }
 
 } // namespace
