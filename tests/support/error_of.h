@@ -7,7 +7,7 @@
 namespace switchcfg::testing {
 
 // The errno of a call that gave -1, which the next one has to set anew; 0 for any other result.
-inline int error_of(long result)
+inline int error_of(long long result)
 {
     const int error = result == -1 ? errno : 0;
     errno = 0;
